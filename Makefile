@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: MIT
+# The front door: `make run`, `make test`, `make bench`. Each installs what is
+# missing, configures on first use and builds before it does its work.
+
+BUILD ?= build
+WERROR ?= OFF
+GENERATOR := $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
+JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
+
+.PHONY: all deps build run test bench clean
+
+all: build
+
+deps:
+	@./scripts/install-deps.sh
+
+$(BUILD)/CMakeCache.txt:
+	cmake -S . -B $(BUILD) -G "$(GENERATOR)" -DPLENDRA_WERROR=$(WERROR)
+
+build: deps $(BUILD)/CMakeCache.txt
+	cmake -S . -B $(BUILD) -DPLENDRA_WERROR=$(WERROR) >/dev/null
+	cmake --build $(BUILD) -j $(JOBS)
+
+# The program looks for its window icon in the folder it starts in, and for
+# the sample photos beside its bundle: both are the build folder.
+run: build
+	cd $(BUILD) && ./Plendra.app/Contents/MacOS/Plendra
+
+test: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+clean:
+	rm -rf $(BUILD)

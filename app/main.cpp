@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#include "app/globals.h"
+#include "app/imagelimits.h"
+#include "mainwindow/dialog.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLoggingCategory>
+
+int main(int argc, char* argv[])
+{
+    QApplication app(argc, argv);
+    allowLargePhotos();
+    // The window keeps slots named after controls it does not show (an output
+    // folder button, a size box); Qt would warn about each at every start.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.core.qmetaobject.connectslotsbyname=false"));
+
+    MyGlobal::log.open(QIODevice::WriteOnly); // truncates; a log that cannot be opened is no reason to stop
+
+    // The sample photos and "Bkg" lie beside the bundle:
+    // Plendra.app/Contents/MacOS/Plendra is three folders below them.
+    MyGlobal::appDir = QDir(QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../../.."))).absolutePath();
+
+    MyGlobal::outputDir = QDir::homePath() + QDir::separator() + QStringLiteral("Documents");
+    QDir output(MyGlobal::outputDir);
+    output.mkpath(QStringLiteral("Plendra"));
+    output.cd(QStringLiteral("Plendra")); // stays on "Documents" when it cannot be entered
+    MyGlobal::outputDir = output.absolutePath();
+
+    Dialog window;
+    window.show();
+    return window.exec();
+}

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+#include "app/webaddress.h"
+
+QString productWebAddress()
+{
+    return QStringLiteral(PLENDRA_WEB_ADDRESS);
+}

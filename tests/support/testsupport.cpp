@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/testsupport.h"
+
+#include "mainwindow/dialog.h"
+#include "ui_dialog.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QGraphicsPixmapItem>
+#include <QGraphicsScene>
+#include <QListWidget>
+#include <QMap>
+#include <QPainter>
+#include <QPainterPath>
+#include <QProcess>
+#include <QRandomGenerator>
+
+#include <cstring>
+
+QImage& DialogTestAccess::foreground(Dialog& d) { return d.m_foreground; }
+QImage& DialogTestAccess::background(Dialog& d) { return d.m_bkg; }
+QPixmap& DialogTestAccess::preview(Dialog& d) { return d.m_preview; }
+QGraphicsScene* DialogTestAccess::scene(Dialog& d) { return d.m_scene; }
+Ui_Dialog* DialogTestAccess::ui(Dialog& d) { return d.ui; }
+int DialogTestAccess::pos(Dialog& d) { return d.m_pos; }
+int DialogTestAccess::textAlign(Dialog& d) { return d.m_textAlign; }
+int DialogTestAccess::flag(Dialog& d) { return d.m_flag; }
+
+namespace testsupport {
+
+namespace {
+
+int clampChannel(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
+
+QMap<QString, std::function<void()>>& scenarios()
+{
+    static QMap<QString, std::function<void()>> all;
+    return all;
+}
+
+} // namespace
+
+QImage studioShot(int width, int height, QColor backdrop, quint32 seed)
+{
+    QImage img(width, height, QImage::Format_RGB32);
+    QRandomGenerator rng(seed);
+    for (int y = 0; y < height; ++y) {
+        QRgb* row = reinterpret_cast<QRgb*>(img.scanLine(y));
+        for (int x = 0; x < width; ++x) {
+            const int n = int(rng.bounded(9u)) - 4;
+            row[x] = qRgb(clampChannel(backdrop.red() + n), clampChannel(backdrop.green() + n),
+                          clampChannel(backdrop.blue() + n));
+        }
+    }
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(Qt::NoPen);
+    // Body, head and dark hair.
+    p.setBrush(QColor(70, 45, 40));
+    p.drawRect(width * 3 / 8, height / 2, width / 4, height / 2);
+    p.setBrush(QColor(215, 170, 140));
+    p.drawEllipse(QPoint(width / 2, height * 3 / 8), width / 10, height / 8);
+    p.setBrush(QColor(25, 20, 18));
+    p.drawRect(width / 2 - width / 10, height / 4 - height / 40, width / 5, height / 14);
+    return img;
+}
+
+QImage backgroundPicture(int width, int height, quint32 seed)
+{
+    QImage img(width, height, QImage::Format_RGB32);
+    QRandomGenerator rng(seed);
+    const int a = int(rng.bounded(60u));
+    for (int y = 0; y < height; ++y) {
+        QRgb* row = reinterpret_cast<QRgb*>(img.scanLine(y));
+        for (int x = 0; x < width; ++x)
+            row[x] = qRgb(clampChannel(200 - a + x * 50 / qMax(1, width)), clampChannel(90 + y * 80 / qMax(1, height)),
+                          clampChannel(40 + a + (x + y) % 32));
+    }
+    return img;
+}
+
+QImage randomImage(int width, int height, QImage::Format format, quint32 seed)
+{
+    QImage img(width, height, QImage::Format_ARGB32);
+    QRandomGenerator rng(seed);
+    for (int y = 0; y < height; ++y) {
+        QRgb* row = reinterpret_cast<QRgb*>(img.scanLine(y));
+        for (int x = 0; x < width; ++x)
+            row[x] = rng.generate();
+    }
+    return format == QImage::Format_ARGB32 ? img : img.convertToFormat(format);
+}
+
+bool writeImage(const QImage& image, const QString& path, int quality)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    return image.save(path, nullptr, quality);
+}
+
+bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames, int width, int height)
+{
+    bool ok = writeImage(studioShot(width, height, QColor(40, 180, 60), 11), folder + QStringLiteral("/1green.JPG"));
+    ok = writeImage(studioShot(width, height, QColor(40, 70, 200), 12), folder + QStringLiteral("/blue1.JPG")) && ok;
+    ok = QDir().mkpath(folder + QStringLiteral("/Bkg")) && ok;
+    quint32 seed = 100;
+    for (const QString& name : backgroundNames)
+        ok = writeImage(backgroundPicture(width, height, seed++), folder + QStringLiteral("/Bkg/") + name) && ok;
+    return ok;
+}
+
+QStringList itemTexts(const QListWidget* list)
+{
+    QStringList texts;
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->data(Qt::DisplayRole).toString();
+    return texts;
+}
+
+QPixmap shownPixmap(QGraphicsScene* scene)
+{
+    const QList<QGraphicsItem*> items = scene->items();
+    for (QGraphicsItem* item : items) {
+        if (auto* pixmapItem = dynamic_cast<QGraphicsPixmapItem*>(item))
+            return pixmapItem->pixmap();
+    }
+    return QPixmap();
+}
+
+ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)
+{
+    ChildRun run;
+    QProcess child;
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), name});
+    run.started = child.waitForStarted(30000);
+    if (!run.started)
+        return run;
+    child.waitForFinished(120000);
+    run.crashed = child.exitStatus() == QProcess::CrashExit;
+    run.exitCode = child.exitCode();
+    run.standardError = child.readAllStandardError();
+    run.standardOutput = child.readAllStandardOutput();
+    return run;
+}
+
+bool registerChildScenario(const char* name, std::function<void()> body)
+{
+    scenarios().insert(QString::fromLatin1(name), std::move(body));
+    return true;
+}
+
+bool runRequestedChildScenario(int argc, char** argv, int* exitCode)
+{
+    if (argc < 3 || std::strcmp(argv[1], "--child") != 0)
+        return false;
+    const auto found = scenarios().constFind(QString::fromLocal8Bit(argv[2]));
+    if (found == scenarios().constEnd()) {
+        *exitCode = 3;
+        return true;
+    }
+    found.value()();
+    *exitCode = 0;
+    return true;
+}
+
+} // namespace testsupport
