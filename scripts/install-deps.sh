@@ -9,7 +9,7 @@ debian_packages=(
   qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins libgl-dev
   libbenchmark-dev
   xvfb xauth xdotool imagemagick
-  fonts-dejavu-core
+  fonts-dejavu-core fonts-liberation qt6-qpa-plugins
 )
 
 if [[ "$(uname -s)" == "Darwin" ]]; then
