@@ -4,11 +4,14 @@
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"
 
+#include <QApplication>
 #include <QCoreApplication>
+#include <QMouseEvent>
 #include <QDir>
 #include <QFileInfo>
 #include <QGraphicsPixmapItem>
 #include <QGraphicsScene>
+#include <QImageWriter>
 #include <QListWidget>
 #include <QMap>
 #include <QPainter>
@@ -95,7 +98,10 @@ QImage randomImage(int width, int height, QImage::Format format, quint32 seed)
 bool writeImage(const QImage& image, const QString& path, int quality)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
-    return image.save(path, nullptr, quality);
+    // Endings Qt cannot write (".gif", say) still get a picture, as PNG data.
+    const QByteArray suffix = QFileInfo(path).suffix().toLower().toLatin1();
+    const char* format = QImageWriter::supportedImageFormats().contains(suffix) ? nullptr : "PNG";
+    return image.save(path, format, quality);
 }
 
 bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames, int width, int height)
@@ -125,6 +131,13 @@ QPixmap shownPixmap(QGraphicsScene* scene)
             return pixmapItem->pixmap();
     }
     return QPixmap();
+}
+
+void pressAt(QWidget* widget, Qt::MouseButton button, QPoint at)
+{
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(at), widget->mapToGlobal(QPointF(at)), button, button,
+                      Qt::NoModifier);
+    QApplication::sendEvent(widget, &press);
 }
 
 ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)

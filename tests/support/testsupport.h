@@ -19,6 +19,7 @@
 class Dialog;
 class QGraphicsScene;
 class QListWidget;
+class QWidget;
 class Ui_Dialog;
 
 // Read and write access to the main window's working state, for tests only.
@@ -60,6 +61,10 @@ QStringList itemTexts(const QListWidget* list);
 
 // The scaled pixmap shown by a preview scene (null when it shows none).
 QPixmap shownPixmap(QGraphicsScene* scene);
+
+// Presses a mouse button at exactly `at` (QTest takes the origin to mean the
+// widget's centre).
+void pressAt(QWidget* widget, Qt::MouseButton button, QPoint at);
 
 // Runs this test program again as a child that only calls the scenario
 // registered under `name`, and reports how it ended.
