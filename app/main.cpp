@@ -9,6 +9,11 @@
 
 int main(int argc, char* argv[])
 {
+    // The window's fixed geometry was drawn for point sizes rendered at 72 dots
+    // per inch, as on macOS; other desktops render points larger and would
+    // clip the labels. A user's own setting still wins.
+    if (!qEnvironmentVariableIsSet("QT_FONT_DPI"))
+        qputenv("QT_FONT_DPI", "72");
     QApplication app(argc, argv);
     allowLargePhotos();
     // The window keeps slots named after controls it does not show (an output

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Drives the built program on the X display of the test (under xvfb-run):
+// starts the bundle, finds its window, clicks and types with xdotool, and
+// takes screenshots with ImageMagick's import.
+
+#include <QImage>
+#include <QPoint>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+namespace testsupport {
+
+class DesktopSession
+{
+public:
+    // `home` becomes HOME of the program; `env` may add or override more.
+    explicit DesktopSession(const QString& home, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
+    ~DesktopSession();
+
+    // Starts the bundle in the build folder and waits until a window with this
+    // title is shown; false when it did not appear within the time limit.
+    bool start(const QString& title = QStringLiteral("Plendra - photo v1.3"));
+    QString windowId() const { return m_windowId; }
+    // The window's top-left corner on the screen.
+    QPoint windowOrigin() const { return m_origin; }
+    QSize windowSize() const { return m_size; }
+
+    // Clicks at a point given in window coordinates.
+    bool click(QPoint inWindow, int button = 1);
+    bool key(const QString& keys);
+    bool type(const QString& text);
+    // A screenshot of the whole screen, also written to `keepAs` when given.
+    QImage screenshot(const QString& keepAs = QString());
+    // The window's part of a screenshot.
+    QImage windowShot(const QString& keepAs = QString());
+
+    // Waits for the program to end; -1 when it did not end in time or crashed.
+    int waitForExit(int milliseconds = 20000);
+    QProcess& process() { return m_process; }
+
+    // Runs xdotool with these arguments and returns what it printed.
+    static QString xdotool(const QStringList& arguments, bool* ok = nullptr);
+
+private:
+    bool readGeometry();
+
+    QProcess m_process;
+    QString m_windowId;
+    QPoint m_origin;
+    QSize m_size;
+};
+
+// Share of the pixels in `rect` of `image` that are clearly backdrop green.
+double greenShare(const QImage& image, const QRect& rect);
+// Share of the pixels in `rect` that are clearly backdrop blue.
+double blueShare(const QImage& image, const QRect& rect);
+
+} // namespace testsupport
