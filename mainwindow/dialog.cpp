@@ -49,7 +49,9 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
 
     const QPixmap first(MyGlobal::CurSelection);
-    m_scene = new QGraphicsScene();
+    // The scene outlives the window: it belongs to the application object and
+    // goes only when the process ends.
+    m_scene = new QGraphicsScene(QCoreApplication::instance());
     m_scene->addPixmap(first.isNull() ? first
                                       : first.scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio, Qt::SmoothTransformation));
     ui->graphicsView->setScene(m_scene);

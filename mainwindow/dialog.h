@@ -88,7 +88,7 @@ private:
     // nothing ever reads an unset value.
     int m_pos = 0;
     int m_textAlign = 0;
-    QGraphicsScene* m_scene = nullptr; // lives as long as the process
+    QGraphicsScene* m_scene = nullptr; // owned by the application object: lives as long as the process
     QImage m_image;
     QImage m_foreground;
     QImage m_bkg;
