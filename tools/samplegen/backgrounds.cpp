@@ -111,7 +111,9 @@ void leafyTree(QPainter& p, QPointF base, double height, const QColor& c, Rng& r
 QImage landscape()
 {
     const std::uint64_t s = 0x1a2d;
-    auto farRidge = [&](double x) { return 0.50 * H - 0.26 * H * fbm1(x / 420.0, s + 1, 5); };
+    auto farRidge = [&](double x) {
+        return 0.52 * H - 0.28 * H * std::clamp((fbm1(x / 380.0, s + 1, 5) - 0.25) / 0.5, 0.0, 1.0);
+    };
     auto nearRidge = [&](double x) { return 0.62 * H - 0.12 * H * fbm1(x / 300.0, s + 2, 5); };
     auto meadowTop = [&](double x) { return 0.70 * H - 0.05 * H * fbm1(x / 520.0, s + 3, 3); };
     const Rgb skyTop{58, 116, 200}, skyHorizon{196, 220, 240};
@@ -122,21 +124,24 @@ QImage landscape()
             Rgb c = mixRgb(skyTop, skyHorizon, std::pow(std::clamp(y / (0.55 * H), 0.0, 1.0), 0.9));
             const double cl = fbm(x / 380.0, y / 110.0, s + 4, 5);
             const double density = smoothstep(0.5, 0.7, cl) * (1.0 - smoothstep(0.3 * H, 0.46 * H, y));
-            const double body = 0.93 - 0.22 * smoothstep(0.6, 0.85, cl);
+            const double body = 0.97 - 0.1 * smoothstep(0.6, 0.85, cl);
             c = mixRgb(c, Rgb{250 * body, 250 * body, 252 * body + 3}, density);
             return sunGlow(c, x, y, 0.76 * W, 0.15 * H, 160.0, 0.55);
         }
         if (y < nr) {
-            // far mountains: lit and shaded slopes, snow on the high ones, haze
-            const double slope = farRidge(x + 3) - farRidge(x - 3);
-            const double lightSide = std::clamp(1.0 + 0.035 * slope, 0.7, 1.25);
-            const double rock = 0.88 + 0.24 * fbm(x / 50.0, y / 50.0, s + 5, 4);
-            Rgb c = scaleRgb(Rgb{116, 132, 168}, lightSide * rock);
-            const double height = (0.5 * H - fr) / (0.26 * H);
-            const double snowLine = fr + (0.02 + 0.10 * height * height) * H * (0.6 + 0.8 * fbm(x / 90.0, y / 40.0, s + 6, 3));
-            if (height > 0.45 && y < snowLine)
-                c = scaleRgb(Rgb{236, 240, 248}, std::clamp(lightSide, 0.82, 1.05));
-            return mixRgb(c, skyHorizon, 0.25 + 0.25 * smoothstep(fr, nr + 40, y));
+            // far mountains: rock lit from the upper right, shaded gullies, snow
+            // above a ragged snow line, haze towards their feet
+            const double depth = y - fr;
+            const double gx = fbm((x + 2) / 70.0, y / 110.0, s + 5, 5) - fbm((x - 2) / 70.0, y / 110.0, s + 5, 5);
+            const double ridgeSlope = (farRidge(x + 3) - farRidge(x - 3)) * std::exp(-depth / 90.0);
+            const double lit = std::clamp(1.0 + 9.0 * gx + 0.02 * ridgeSlope, 0.65, 1.3);
+            const double rock = 0.9 + 0.2 * fbm(x / 18.0, y / 18.0, s + 13, 3);
+            Rgb c = scaleRgb(Rgb{112, 128, 164}, lit * rock);
+            const double snowLine = 0.37 * H + 0.05 * H * (fbm(x / 60.0, y / 25.0, s + 6, 4) - 0.5) * 2.0
+                + 0.03 * H * std::sin(x / 47.0 + 3.0 * fbm(x / 80.0, y / 40.0, s + 14, 2));
+            if (y < snowLine)
+                c = scaleRgb(Rgb{238, 242, 250}, std::clamp(0.82 + 0.6 * (lit - 1.0) + 0.12, 0.7, 1.04));
+            return mixRgb(c, skyHorizon, 0.2 + 0.3 * smoothstep(fr, nr + 40, y));
         }
         if (y < mt) {
             // forested hills

@@ -104,15 +104,15 @@ void creases(PartPainter& pp, const QPainterPath& clip, const QColor& c, Rng& rn
         const QRectF br = clip.boundingRect();
         for (int i = 0; i < count; ++i) {
             const QPointF a(rng.range(br.left(), br.right()), rng.range(br.top(), br.bottom()));
-            const double ang = rng.range(-0.6, 0.6) + kPi / 2;
-            const double len = rng.range(0.25, 0.8) * u;
+            const double ang = rng.range(-0.35, 0.35) + kPi / 2;
+            const double len = rng.range(0.4, 1.0) * u;
             const QPointF b = a + QPointF(std::cos(ang) * len, std::sin(ang) * len);
             const QPointF m = (a + b) / 2 + QPointF(rng.range(-0.1, 0.1) * u, 0);
             QPainterPath s;
             s.moveTo(a);
             s.quadTo(m, b);
             const bool dark = rng.chance(0.65);
-            QPen pen(dark ? shade(c, 0.6, 90) : shade(c, 1.35, 60), rng.range(0.03, 0.07) * u);
+            QPen pen(dark ? shade(c, 0.65, 55) : shade(c, 1.3, 35), rng.range(0.03, 0.06) * u);
             pen.setCapStyle(Qt::RoundCap);
             p.strokePath(s, pen);
         }
@@ -156,8 +156,8 @@ void wisps(QPainter& p, const QPainterPath& outline, QPointF centre, const QColo
         const QPointF away = a - centre;
         if (normal.x() * away.x() + normal.y() * away.y() < 0)
             normal = -normal;
-        const double len = rng.range(0.04, 0.32) * u;
-        const double lean = rng.range(-0.8, 0.8);
+        const double len = rng.range(0.03, 0.15) * u;
+        const double lean = rng.range(-1.6, 1.6);
         const QPointF inward = a - normal * (0.03 * u);
         const QPointF mid = a + normal * (len * 0.5) + tangent * (lean * len * 0.4);
         const QPointF end = a + normal * len + tangent * (lean * len);
@@ -165,8 +165,8 @@ void wisps(QPainter& p, const QPainterPath& outline, QPointF centre, const QColo
         s.moveTo(inward);
         s.quadTo(mid, end);
         QColor c = shade(hair, rng.range(0.8, 1.4));
-        c.setAlphaF(static_cast<float>(rng.range(0.35, 0.85)));
-        QPen pen(c, rng.range(0.7, 2.0));
+        c.setAlphaF(static_cast<float>(rng.range(0.3, 0.75)));
+        QPen pen(c, rng.range(0.6, 1.5));
         pen.setCapStyle(Qt::RoundCap);
         p.strokePath(s, pen);
     }
@@ -294,7 +294,7 @@ void paintFigure(const Figure& f, QImage& layer, QImage& labels)
     pelvis.closeSubpath();
     legs = legs.united(pelvis);
     pp.fill(legs, roundShade(f.trousers, P(-0.7, 5), P(0.8, 5)), RegionClothing);
-    creases(pp, legs, f.trousers, rng, 40, u);
+    creases(pp, legs, f.trousers, rng, 18, u);
     pp.inside(legs, [&](QPainter& p) {
         // the gap between the legs is in shadow
         QPainterPath inner;
@@ -310,7 +310,7 @@ void paintFigure(const Figure& f, QImage& layer, QImage& labels)
     }
 
     // Neck.
-    const double neckW = female ? 0.26 : 0.34;
+    const double neckW = female ? 0.3 : 0.44;
     QPainterPath neck;
     neck.addRoundedRect(QRectF(P(-neckW / 2, 0.75), P(neckW / 2, 1.45)), 0.08 * u, 0.08 * u);
     pp.fill(neck, roundShade(f.skin, P(-neckW / 2, 1), P(neckW / 2, 1)), RegionSkin);
@@ -335,7 +335,7 @@ void paintFigure(const Figure& f, QImage& layer, QImage& labels)
     torso.quadTo(P(0, 1.36), P(-0.2, 1.24));
     torso.closeSubpath();
     pp.fill(torso, roundShade(f.clothing, P(-1.0 * s, 2.4), P(1.0 * s, 2.4)), RegionClothing);
-    creases(pp, torso, f.clothing, rng, 55, u);
+    creases(pp, torso, f.clothing, rng, 22, u);
 
     if (f.shirtAndTie) {
         QPainterPath shirt;
@@ -408,7 +408,7 @@ void paintFigure(const Figure& f, QImage& layer, QImage& labels)
         pp.fill(hand, roundShade(f.skin, a.hand - QPointF(0.13 * u, 0), a.hand + QPointF(0.13 * u, 0)), RegionSkin);
         const QPainterPath sleeve = limb(a.shoulder, a.elbow, upper, fore * 1.05).united(limb(a.elbow, a.wrist, fore * 1.05, fore));
         pp.fill(sleeve, limbShade(f.clothing, a.shoulder, a.wrist, upper), RegionClothing);
-        creases(pp, sleeve, f.clothing, rng, 14, u);
+        creases(pp, sleeve, f.clothing, rng, 6, u);
         pp.inside(sleeve, [&](QPainter& p) {
             // the crook of the elbow
             p.setBrush(shade(f.clothing, 0.55, 110));
@@ -417,7 +417,7 @@ void paintFigure(const Figure& f, QImage& layer, QImage& labels)
     }
 
     // Ears, head and face.
-    const double headRx = female ? 0.33 : 0.36;
+    const double headRx = female ? 0.35 : 0.39;
     const double headRy = female ? 0.47 : 0.5;
     for (int side = -1; side <= 1; side += 2) {
         QPainterPath ear;

@@ -96,7 +96,7 @@ QImage makeLogo()
     p.setRenderHint(QPainter::TextAntialiasing);
     drawMark(p, QRectF(1, 6, 30, 30));
     QFont font(QStringLiteral("Liberation Sans"));
-    font.setPixelSize(13);
+    font.setPixelSize(12);
     font.setBold(true);
     font.setHintingPreference(QFont::PreferNoHinting);
     p.setFont(font);

@@ -92,7 +92,7 @@ QImage paintBackdrop(const Backdrop& bd, const Figure& fig, const Plane& personA
             const double cx = (x - feetX) / 170.0;
             const double cy = (y - feetY + 8.0) / 16.0;
             const double contact = std::exp(-1.6 * (cx * cx + cy * cy));
-            shadow *= (1.0 - 0.5 * ground * floorT) * (1.0 - 0.35 * contact * floorT);
+            shadow *= (1.0 - 0.55 * ground * floorT) * (1.0 - 0.4 * contact * floorT);
 
             const double f = light * (1.0 + fold * foldWeight) * (1.0 + crease * (1.0 - floorT)) * texture * shadow;
             // where the light is strongest the cloth's colour starts to wash out
