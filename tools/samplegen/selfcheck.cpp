@@ -35,6 +35,24 @@ struct Tally
     double fraction() const { return total ? double(keyed) / double(total) : 0.0; }
 };
 
+// JPEG's colour blocks smear the backdrop's hue a pixel or two into the
+// person's outline; such pixels are told apart from keying holes inside.
+bool nearBackdrop(const QImage& truth, int x, int y)
+{
+    for (int dy = -2; dy <= 2; ++dy) {
+        const int yy = y + dy;
+        if (yy < 0 || yy >= truth.height())
+            continue;
+        const uchar* row = truth.constScanLine(yy);
+        for (int dx = -2; dx <= 2; ++dx) {
+            const int xx = x + dx;
+            if (xx >= 0 && xx < truth.width() && (row[xx] == RegionBackdrop || row[xx] == RegionMixed))
+                return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 bool checkKeying(const QString& name, const QImage& photo, const QImage& truth, const QImage& background,
@@ -64,6 +82,7 @@ bool checkKeying(const QString& name, const QImage& photo, const QImage& truth, 
         keying::maskOut(keyed, marker, key);
 
         Tally backdrop, skin, hair, clothing;
+        long nearEdge = 0;  // wrongly replaced person pixels within 2 pixels of the backdrop
         for (int y = 0; y < keyed.height(); ++y) {
             const auto* line = reinterpret_cast<const QRgb*>(keyed.constScanLine(y));
             const uchar* region = truth.constScanLine(y);
@@ -79,7 +98,11 @@ bool checkKeying(const QString& name, const QImage& photo, const QImage& truth, 
                 if (!t)
                     continue;
                 ++t->total;
-                t->keyed += line[x] == kMarker;
+                if (line[x] == kMarker) {
+                    ++t->keyed;
+                    if (t != &backdrop)
+                        nearEdge += nearBackdrop(truth, x, y);
+                }
             }
         }
         Tally subject;
@@ -89,10 +112,11 @@ bool checkKeying(const QString& name, const QImage& photo, const QImage& truth, 
             && hair.fraction() < kMaxSubjectKeyed;
         ok = ok && pass;
         std::printf("  %s click (%d%%, %d%%) at (%d, %d) key (%d, %d, %d): backdrop replaced %.2f%%; "
-                    "subject replaced %.3f%% (skin %.3f%%, hair %.3f%%, clothing %.3f%%) %s\n",
+                    "subject replaced %.3f%% (skin %.3f%%, hair %.3f%%, clothing %.3f%%; %.0f%% of them at the edge) %s\n",
                     qPrintable(name), int(c.fx * 100 + 0.5), int(c.fy * 100 + 0.5), kx, ky, qRed(key),
                     qGreen(key), qBlue(key), 100.0 * backdrop.fraction(), 100.0 * subject.fraction(),
                     100.0 * skin.fraction(), 100.0 * hair.fraction(), 100.0 * clothing.fraction(),
+                    subject.keyed ? 100.0 * double(nearEdge) / double(subject.keyed) : 0.0,
                     pass ? "ok" : "MISSED TARGET");
 
         if (first && !viewDir.isEmpty()) {
