@@ -5,6 +5,7 @@
 
 #include "app/globals.h"
 #include "intake/imagetypes.h"
+#include "intake/listremoval.h"
 #include "mainwindow/thumbnail.h"
 #include "ui_dialog.h"
 
@@ -51,7 +52,7 @@ void Dialog::on_RemoveBackground_clicked()
     // Like "Remove" under FOREGROUNDS: the current row goes, once per selected
     // item. The picture's file is never touched.
     for (int i = 0; i < selected; ++i)
-        delete list->takeItem(list->currentRow());
+        takeCurrentRowMakingNextCurrent(list);
 
     const int row = list->currentRow();
     if (row < 0)

@@ -5,6 +5,7 @@
 #include "app/fatal.h"
 #include "app/globals.h"
 #include "intake/imagetypes.h"
+#include "intake/listremoval.h"
 #include "mainwindow/thumbnail.h"
 #include "ui_dialog.h"
 
@@ -54,7 +55,7 @@ void Dialog::RemoveFiles()
     // selected it is the current photo and its followers that go, not
     // necessarily the selected ones. The files themselves stay where they are.
     for (int i = 0; i < selected; ++i)
-        delete list->takeItem(list->currentRow());
+        takeCurrentRowMakingNextCurrent(list);
 
     const int row = list->currentRow();
     if (row < 0)
