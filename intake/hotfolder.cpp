@@ -17,7 +17,7 @@ namespace {
 
 // The image files of `folder` (no sub-folders, no hidden files; names matched
 // without regard to letter case), newest first.
-QStringList imagesNewestFirst(const QString& folder, QDir::SortFlags extra = QDir::NoSort)
+QStringList imagesNewestFirst(const QString& folder, QDir::SortFlags extra = {})
 {
     QDir dir(folder);
     dir.setNameFilters(kWatchedFolderNameFilters);

@@ -73,11 +73,13 @@ void answerModal(std::function<bool(QWidget*)> handle)
     auto* timer = new QTimer;
     auto tries = std::make_shared<int>(0);
     QObject::connect(timer, &QTimer::timeout, timer, [timer, tries, handle]() {
+        // Stopped while answering: answering may run a nested modal loop.
+        timer->stop();
         QWidget* modal = QApplication::activeModalWidget();
-        if ((modal && modal->isVisible() && handle(modal)) || ++*tries > 1000) {
-            timer->stop();
+        if ((modal && modal->isVisible() && handle(modal)) || ++*tries > 1000)
             timer->deleteLater();
-        }
+        else
+            timer->start();
     });
     timer->start(10);
 }
