@@ -1,7 +1,84 @@
 // SPDX-License-Identifier: MIT
-// The BACKGROUNDS list: adding, removing and choosing backgrounds.
+// The BACKGROUNDS list: adding, removing and choosing backgrounds. Pictures are
+// used where they lie: nothing is copied into "Bkg" and nothing is deleted.
 #include "mainwindow/dialog.h"
 
-void Dialog::on_AddBackground_clicked() {}
-void Dialog::on_RemoveBackground_clicked() {}
-void Dialog::on_listWidget_Bk_clicked(QModelIndex) {}
+#include "app/globals.h"
+#include "intake/imagetypes.h"
+#include "intake/listremoval.h"
+#include "mainwindow/thumbnail.h"
+#include "ui_dialog.h"
+
+#include <QFileDialog>
+#include <QListWidgetItem>
+
+namespace {
+
+// Reads the background afresh from its file and fits it to the foreground.
+QImage loadBackgroundFor(const QString& path, const QImage& foreground)
+{
+    QImage background;
+    background.load(path);
+    return background.scaled(foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+}
+
+} // namespace
+
+void Dialog::on_AddBackground_clicked()
+{
+    // Same caption as the foreground dialog: one wording for both lists.
+    const QStringList files = QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
+                                                            QStringLiteral("/Users"), tr(kImageFileDialogFilter));
+    QListWidgetItem* last = nullptr;
+    for (const QString& path : files) {
+        last = new QListWidgetItem(thumbnailIcon(path, kAddedThumbnailSize), path, nullptr, 0);
+        ui->listWidget_Bk->insertItem(ui->listWidget_Bk->count(), last);
+        MyGlobal::CurSelectionBk = path;
+    }
+    if (last) {
+        ui->listWidget_Bk->clearSelection();
+        ui->listWidget_Bk->setCurrentItem(last);
+    }
+
+    // Also after a cancel, which undoes any earlier rescaling. The preview is
+    // left alone: the new background shows with the next key click.
+    m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
+}
+
+void Dialog::on_RemoveBackground_clicked()
+{
+    QListWidget* list = ui->listWidget_Bk;
+    const int selected = list->selectedItems().count();
+    // Like "Remove" under FOREGROUNDS: the current row goes, once per selected
+    // item. The picture's file is never touched.
+    for (int i = 0; i < selected; ++i)
+        takeCurrentRowMakingNextCurrent(list);
+
+    const int row = list->currentRow();
+    if (row < 0)
+        return; // list empty: the last removed picture stays the background
+    list->setCurrentRow(row);
+    MyGlobal::CurSelectionBk = list->currentItem()->data(Qt::DisplayRole).toString();
+    m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
+    UpdateScene();
+}
+
+void Dialog::on_listWidget_Bk_clicked(QModelIndex index)
+{
+    ui->listWidget_Bk->clearSelection();
+    ui->listWidget_Bk->setCurrentRow(index.row());
+
+    // Any keying held in the foreground is thrown away first.
+    m_foreground.load(MyGlobal::CurSelection);
+
+    const QList<QListWidgetItem*> selected = ui->listWidget_Bk->selectedItems();
+    if (!selected.isEmpty()) {
+        MyGlobal::CurSelectionBk = selected.first()->data(Qt::DisplayRole).toString();
+        m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
+    }
+
+    // With a key point the photo is keyed again against the new background;
+    // without one the preview stays as it is until the next key click.
+    if (MyGlobal::xyClicked != QPoint(0, 0))
+        GVClicked(MyGlobal::xyClicked.x(), MyGlobal::xyClicked.y());
+}

@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: MIT
+// End to end on X: the built bundle, driven with xdotool. "Add" a generated
+// studio shot through the real file dialog, see it listed and shown, click
+// its backdrop, choose the other background, and check the preview in
+// screenshots (kept under the build tree).
+
+#include "tests/support/testsupport.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QString kWindowTitle = QStringLiteral("Plendra - photo v1.3");
+const QString kAddDialogTitle = QStringLiteral("Select Files for Chroma-Keying");
+// Window geometry of the parts the test touches.
+const QRect kAddButton(20, 90, 71, 31);
+const QRect kPreview(200, 80, 421, 351);
+const QRect kForegrounds(20, 120, 151, 311);
+const QRect kBackgrounds(643, 120, 151, 311);
+const QColor kBackdrop(40, 180, 60);
+
+struct Run
+{
+    bool finished = false;
+    int exitCode = -1;
+    QString out;
+};
+
+Run run(const QString& program, const QStringList& args, int timeoutMs = 15000)
+{
+    QProcess p;
+    p.start(program, args);
+    Run r;
+    if (!p.waitForStarted(5000))
+        return r;
+    r.finished = p.waitForFinished(timeoutMs);
+    if (!r.finished) {
+        p.kill();
+        p.waitForFinished(2000);
+    }
+    r.exitCode = p.exitCode();
+    r.out = QString::fromLocal8Bit(p.readAllStandardOutput()).trimmed();
+    return r;
+}
+
+bool xdotool(const QStringList& args)
+{
+    const Run r = run(QStringLiteral("xdotool"), args);
+    return r.finished && r.exitCode == 0;
+}
+
+// Window id of the first window with this exact title, waiting for it.
+QString findWindow(const QString& title, int timeoutMs = 20000)
+{
+    const Run r = run(QStringLiteral("xdotool"),
+                      {"search", "--sync", "--onlyvisible", "--name", "^" + QRegularExpression::escape(title) + "$"},
+                      timeoutMs);
+    return r.finished && r.exitCode == 0 ? r.out.split('\n').first().trimmed() : QString();
+}
+
+bool windowExists(const QString& title)
+{
+    const Run r = run(QStringLiteral("xdotool"),
+                      {"search", "--onlyvisible", "--name", "^" + QRegularExpression::escape(title) + "$"});
+    return r.finished && r.exitCode == 0 && !r.out.isEmpty();
+}
+
+QPoint windowPosition(const QString& id)
+{
+    const Run r = run(QStringLiteral("xdotool"), {"getwindowgeometry", id});
+    const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("Position: (-?\\d+),(-?\\d+)")).match(r.out);
+    return m.hasMatch() ? QPoint(m.captured(1).toInt(), m.captured(2).toInt()) : QPoint(-1, -1);
+}
+
+bool clickAt(const QString& windowId, QPoint inWindow)
+{
+    return xdotool({"mousemove", "--sync", "--window", windowId, QString::number(inWindow.x()),
+                    QString::number(inWindow.y())})
+           && xdotool({"click", "1"});
+}
+
+// The whole screen, saved under `path`, with the window's part returned.
+QImage screenshot(const QString& path, const QRect& window)
+{
+    const Run r = run(QStringLiteral("import"), {"-window", "root", path});
+    if (!r.finished || r.exitCode != 0)
+        return QImage();
+    const QImage screen(path);
+    if (screen.isNull())
+        return QImage();
+    const QImage part = screen.copy(window).convertToFormat(QImage::Format_RGB32);
+    part.save(QFileInfo(path).path() + "/window-" + QFileInfo(path).fileName());
+    return part;
+}
+
+int colourDistance(QRgb a, QColor b)
+{
+    return qAbs(qRed(a) - b.red()) + qAbs(qGreen(a) - b.green()) + qAbs(qBlue(a) - b.blue());
+}
+
+bool isBackdrop(QRgb p)
+{
+    return colourDistance(p, kBackdrop) < 60;
+}
+
+// Bounding box of the backdrop-green pixels inside `area`.
+QRect backdropBox(const QImage& window, const QRect& area)
+{
+    QRect box;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            if (isBackdrop(window.pixel(x, y)))
+                box |= QRect(x, y, 1, 1);
+    return box;
+}
+
+// Lowest row of `area` (a list) that holds an item, or -1: rows are compared
+// with the list's empty background just above its horizontal scroll bar.
+int lowestContentRow(const QImage& window, const QRect& area)
+{
+    const int bottom = area.bottom() - 24;
+    const QRgb empty = window.pixel(area.center().x(), bottom);
+    for (int y = bottom; y >= area.top(); --y)
+        for (int x = area.left() + 4; x <= area.right() - 4; ++x)
+            if (colourDistance(window.pixel(x, y), QColor(empty)) > 30)
+                return y;
+    return -1;
+}
+
+double meanDifference(const QImage& a, const QImage& b, const QRect& area)
+{
+    qint64 sum = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            sum += colourDistance(a.pixel(x, y), QColor(b.pixel(x, y)));
+    return double(sum) / (area.width() * area.height());
+}
+
+QByteArray bytesOf(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestIntakeEndToEnd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void addKeyAndChooseAnotherBackground();
+};
+
+void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
+{
+    QTemporaryDir home;
+    QVERIFY(home.isValid());
+    const QString shots = QStringLiteral(PLENDRA_BUILD_DIR "/tests/intake/e2e-screens");
+    QDir(shots).removeRecursively();
+    QVERIFY(QDir().mkpath(shots));
+
+    // A tall photo, so that its shape in the preview tells it from the samples.
+    const QString photo = home.path() + QStringLiteral("/shoot/portrait.png");
+    QVERIFY(testsupport::writeImage(testsupport::studioShot(200, 400, kBackdrop, 77), photo));
+    const QByteArray photoBytes = bytesOf(photo);
+    QMap<QString, QByteArray> shipped;
+    const QDir bkg(QStringLiteral(PLENDRA_BUILD_DIR "/Bkg"));
+    for (const QString& name : bkg.entryList(QDir::Files))
+        shipped.insert(bkg.filePath(name), bytesOf(bkg.filePath(name)));
+    QVERIFY2(shipped.size() >= 2, "the build tree needs two backgrounds beside the bundle");
+
+    QProcess app;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), home.path());
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    // Qt's own file dialog, never a desktop's native one.
+    env.insert(QStringLiteral("QT_QPA_PLATFORMTHEME"), QStringLiteral("generic"));
+    env.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
+    env.remove(QStringLiteral("DESKTOP_SESSION"));
+    app.setProcessEnvironment(env);
+    app.setWorkingDirectory(QStringLiteral(PLENDRA_BUILD_DIR));
+    app.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    app.start(QStringLiteral(PLENDRA_BUNDLE_EXE), {});
+    QVERIFY(app.waitForStarted(10000));
+    const auto stopApp = [&app]() {
+        if (app.state() != QProcess::NotRunning) {
+            app.terminate();
+            if (!app.waitForFinished(5000)) {
+                app.kill();
+                app.waitForFinished(5000);
+            }
+        }
+    };
+    auto stopOnFailure = qScopeGuard(stopApp);
+
+    const QString window = findWindow(kWindowTitle);
+    QVERIFY2(!window.isEmpty(), "the main window did not appear");
+    QTest::qWait(1000); // first paint
+    const QPoint origin = windowPosition(window);
+    QVERIFY(origin.x() >= 0 && origin.y() >= 0);
+    const QRect windowRect(origin, QSize(817, 539));
+
+    const QImage start = screenshot(shots + "/0-start.png", windowRect);
+    QVERIFY(!start.isNull());
+    const int listBottomBefore = lowestContentRow(start, kForegrounds);
+    QVERIFY2(listBottomBefore > kForegrounds.top(), "the sample photos should be listed");
+
+    // "Add", then the path typed into Qt's file dialog and Return.
+    QVERIFY(clickAt(window, kAddButton.center()));
+    const QString fileDialog = findWindow(kAddDialogTitle);
+    QVERIFY2(!fileDialog.isEmpty(), "the add dialog did not open");
+    QTest::qWait(500);
+    QVERIFY(xdotool({"mousemove", "--sync", "--window", fileDialog, "60", "60"}));
+    xdotool({"windowfocus", "--sync", fileDialog});
+    QVERIFY(xdotool({"type", "--delay", "15", photo}));
+    QTest::qWait(300);
+    QVERIFY(xdotool({"key", "Return"}));
+    // A completion list may take the first Return.
+    QElapsedTimer waited;
+    waited.start();
+    while (windowExists(kAddDialogTitle) && waited.elapsed() < 8000) {
+        QTest::qWait(700);
+        if (windowExists(kAddDialogTitle))
+            xdotool({"key", "Return"});
+    }
+    QVERIFY2(!windowExists(kAddDialogTitle), "the add dialog did not close");
+    QTest::qWait(800);
+
+    const QImage added = screenshot(shots + "/1-added.png", windowRect);
+    QVERIFY(!added.isNull());
+    // One more row in FOREGROUNDS.
+    const int listBottomAfter = lowestContentRow(added, kForegrounds);
+    QVERIFY2(listBottomAfter > listBottomBefore + 30,
+             qPrintable(QStringLiteral("list bottom %1 -> %2").arg(listBottomBefore).arg(listBottomAfter)));
+    // The preview shows a green-backdrop picture of the photo's shape (1 : 2).
+    const QRect shown = backdropBox(added, kPreview);
+    QVERIFY2(shown.height() > 300, qPrintable(QStringLiteral("backdrop box %1x%2").arg(shown.width()).arg(shown.height())));
+    QVERIFY2(qAbs(double(shown.width()) / shown.height() - 0.5) < 0.05,
+             qPrintable(QStringLiteral("backdrop box %1x%2").arg(shown.width()).arg(shown.height())));
+
+    // Click the backdrop. The whole view is taken to span the whole photo, so
+    // view point (42, 18) keys on photo pixel (19, 15), backdrop.
+    QVERIFY(clickAt(window, kPreview.topLeft() + QPoint(44, 20)));
+    QTest::qWait(1000);
+    const QImage keyed = screenshot(shots + "/2-keyed.png", windowRect);
+    QVERIFY(!keyed.isNull());
+    // Points of the shown photo's backdrop (its upper corners) and of its
+    // subject (the middle of the body).
+    const QList<QPoint> backdropPoints = {shown.topLeft() + QPoint(6, 6), shown.topRight() + QPoint(-6, 6),
+                                          shown.topLeft() + QPoint(6, shown.height() / 3),
+                                          shown.topRight() + QPoint(-6, shown.height() / 3)};
+    const QPoint body(shown.center().x(), shown.top() + shown.height() * 3 / 4);
+    for (const QPoint& p : backdropPoints)
+        QVERIFY2(!isBackdrop(keyed.pixel(p)), "the backdrop should show the background after the key click");
+    QVERIFY(colourDistance(keyed.pixel(body), QColor(added.pixel(body))) < 30);
+
+    // Choose the second background: the photo is keyed again at the same point.
+    QVERIFY(clickAt(window, kBackgrounds.topLeft() + QPoint(40, 100)));
+    QTest::qWait(1000);
+    const QImage rekeyed = screenshot(shots + "/3-other-background.png", windowRect);
+    QVERIFY(!rekeyed.isNull());
+    for (const QPoint& p : backdropPoints)
+        QVERIFY2(!isBackdrop(rekeyed.pixel(p)), "the backdrop should show the new background");
+    QVERIFY(colourDistance(rekeyed.pixel(body), QColor(added.pixel(body))) < 30);
+    const QRect upperBackdrop(shown.left() + 2, shown.top() + 2, shown.width() - 4, shown.height() / 8);
+    QVERIFY2(meanDifference(keyed, rekeyed, upperBackdrop) > 20, "the backdrop should change with the background");
+
+    stopApp();
+    QCOMPARE(bytesOf(photo), photoBytes);
+    for (auto it = shipped.cbegin(); it != shipped.cend(); ++it)
+        QCOMPARE(bytesOf(it.key()), it.value());
+}
+
+QTEST_GUILESS_MAIN(TestIntakeEndToEnd)
+#include "tst_intake_e2e.moc"
