@@ -154,6 +154,7 @@ private slots:
         QVERIFY(window.windowFlags().testFlag(Qt::WindowMinimizeButtonHint));
         QVERIFY(window.windowFlags().testFlag(Qt::WindowCloseButtonHint));
         QVERIFY(window.isWindow());
+        QVERIFY(window.acceptDrops()); // drops outside the two lists reach the window
     }
 
     void noMaximiseButtonAndNoSizeGrip()
