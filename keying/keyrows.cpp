@@ -51,6 +51,12 @@ __attribute__((always_inline)) inline void keyBand(const Key& k, const Band& ban
     const float upper = k.upperRatio;
     const std::uint32_t fill = k.backgroundFill;
     const int width = band.width;
+    // Biases of the closeness test: 89 - key channel, plus the sign flip.
+    const std::uint32_t redBias = std::uint32_t(89 - keyRed) + 0x80000000u;
+    const std::uint32_t dominantBias = std::uint32_t(89 - keyDominant) + 0x80000000u;
+    const std::uint32_t otherBias = std::uint32_t(89 - keyOther) + 0x80000000u;
+    const std::int32_t closeLimit = std::int32_t(0x80000000u + 179u);
+    const std::int32_t darkLimit = std::int32_t(0x80000000u + 30u);
 
     for (int y = band.firstRow; y < band.endRow; ++y) {
         auto* photoRow = reinterpret_cast<std::uint32_t*>(band.photo + y * band.photoStride);
@@ -86,11 +92,11 @@ __attribute__((always_inline)) inline void keyBand(const Key& k, const Band& ban
             dom -= (dom == 0);
             oth -= (oth == 0);
 
-            // Closer than 90 levels to the key in every channel.
-            const I dRed = red - keyRed;
-            const I dDom = dom - keyDominant;
-            const I dOth = oth - keyOther;
-            const I close = (dRed < 90) & (dRed > -90) & (dDom < 90) & (dDom > -90) & (dOth < 90) & (dOth > -90);
+            // Closer than 90 levels to the key in every channel:
+            // -90 < c - k < 90, i.e. c - k + 89 in 0..178 as an unsigned
+            // number, compared as signed after flipping the sign bit.
+            const I close = ((I)((U)red + redBias) < closeLimit) & ((I)((U)dom + dominantBias) < closeLimit)
+                & ((I)((U)oth + otherBias) < closeLimit);
 
             // The dominant channel stands above the other two.
             const F fRed = __builtin_convertvector(red, F);
@@ -100,18 +106,19 @@ __attribute__((always_inline)) inline void keyBand(const Key& k, const Band& ban
             const F r2 = fDom / fRed;
             const I dominant = ((r1 >= lower) & (r2 >= upper)) | ((r2 >= lower) & (r1 >= upper));
 
-            // Bright pixels pass; dark ones need their larger channel of green
-            // and blue more than 15 levels above both others.
+            // Bright pixels pass. A dark one passes when green equals blue, or
+            // when the larger of the two is more than 15 levels from red and
+            // more than 15 above the smaller one (|d| > 15: d + 15 beyond 0..30
+            // as an unsigned number).
             const I bright = (red + dom + oth) > 100;
-            const I domOverOth = dom - oth;
-            const I domOverRed = dom - red;
-            const I othOverRed = oth - red;
-            const I domAhead = ((domOverRed > 15) | (domOverRed < -15)) & (domOverOth > 15);
-            const I othAhead = ((othOverRed > 15) | (othOverRed < -15)) & (domOverOth < -15);
-            const I darkPasses = (~(dom > oth) | domAhead) & (~(oth > dom) | othAhead);
+            const I domAbove = dom > oth;
+            const I larger = oth ^ ((dom ^ oth) & domAbove);
+            const I apart = (I)(((U)(dom - oth) + 15u) ^ 0x80000000u) > darkLimit;
+            const I clearOfRed = (I)(((U)(larger - red) + 15u) ^ 0x80000000u) > darkLimit;
+            const I darkPasses = (dom == oth) | (apart & clearOfRed);
 
             const I replace = close & dominant & (bright | darkPasses);
-            const U out = (U)((replace & (I)(bg | fill)) | (~replace & (I)w));
+            const U out = w ^ ((w ^ (bg | fill)) & (U)replace);
             std::memcpy(p, &out, sizeof out);
 
             if (n < N)
