@@ -3,6 +3,7 @@
 # missing, configures on first use and builds before it does its work.
 
 BUILD ?= build
+BENCH_BUILD ?= build-bench
 WERROR ?= OFF
 GENERATOR := $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
@@ -29,6 +30,14 @@ run: build
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
+# A separate optimised tree, so that the benchmark never measures a debug build.
+bench: deps
+	cmake -S . -B $(BENCH_BUILD) -G "$(GENERATOR)" -DCMAKE_BUILD_TYPE=Release \
+	  -DPLENDRA_BUILD_BENCH=ON -DPLENDRA_BUILD_TESTS=OFF -DPLENDRA_WERROR=$(WERROR) >/dev/null
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target plendra_bench
+	QT_QPA_PLATFORM=offscreen $(BENCH_BUILD)/bench/plendra_bench
+
+
 # Every unit and widget test again, built with AddressSanitizer and
 # UndefinedBehaviorSanitizer (LeakSanitizer included) in a tree of its own.
 SANITIZE_BUILD ?= build-sanitize
@@ -42,5 +51,6 @@ sanitize: deps
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure -j $(JOBS) -LE e2e
 
+
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(BENCH_BUILD) $(SANITIZE_BUILD)

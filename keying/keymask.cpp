@@ -1,6 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "keying/keymask.h"
 
+#include "keying/keymask_tuning.h"
+#include "keying/keyrows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+#include <thread>
+#include <vector>
+
 namespace keying {
 
 namespace {
@@ -14,18 +23,163 @@ void makeStorable(QImage& img)
     }
 }
 
-} // namespace
-
-void maskOut(QImage& img, const QImage& bkg, QRgb key)
+bool isPlain32Bit(QImage::Format f)
 {
-    makeStorable(img);
-    const KeyColour k = keyColourOf(key);
+    return f == QImage::Format_RGB32 || f == QImage::Format_ARGB32;
+}
+
+// Photos load as 32-bit RGB or ARGB; those are keyed on row pointers. The
+// background must cover the photo, or per-pixel reads keep its out-of-range
+// answers.
+bool takesRowPath(const QImage& img, const QImage& bkg)
+{
+    return isPlain32Bit(img.format()) && isPlain32Bit(bkg.format()) && bkg.width() >= img.width()
+        && bkg.height() >= img.height();
+}
+
+// The smallest float that is not below `limit`: a float widened to double
+// reaches `limit` exactly when it reaches this float.
+float smallestFloatNotBelow(double limit)
+{
+    float f = static_cast<float>(limit);
+    if (static_cast<double>(f) < limit)
+        f = std::nextafter(f, 2.0f * f + 1.0f);
+    while (static_cast<double>(std::nextafter(f, 0.0f)) >= limit)
+        f = std::nextafter(f, 0.0f);
+    return f;
+}
+
+// Formats other than 32-bit RGB/ARGB: the image class's own per-pixel reads
+// and writes give its exact store rules for each format.
+void maskOutPerPixel(QImage& img, const QImage& bkg, const KeyColour& k)
+{
     for (int y = 0; y < img.height(); ++y) {
         for (int x = 0; x < img.width(); ++x) {
             if (isBackdrop(k, img.pixel(x, y)))
                 img.setPixel(x, y, bkg.pixel(x, y));
         }
     }
+}
+
+VectorPath resolvedPath(VectorPath wanted)
+{
+    if (wanted == VectorPath::Baseline)
+        return VectorPath::Baseline;
+    return wideVectorsAvailable() ? VectorPath::Wide : VectorPath::Baseline;
+}
+
+int threadsFor(const QImage& img, int wanted)
+{
+    int threads = wanted;
+    if (threads <= 0) {
+        const qsizetype pixels = qsizetype(img.width()) * img.height();
+        threads = pixels >= kParallelKeyingPixels ? int(std::thread::hardware_concurrency()) : 1;
+    }
+    return std::clamp(threads, 1, std::max(1, img.height()));
+}
+
+} // namespace
+
+bool wideVectorsAvailable()
+{
+#ifdef PLENDRA_KEYING_HAS_WIDE
+    static const bool available = [] {
+        __builtin_cpu_init();
+        return __builtin_cpu_supports("avx2") != 0;
+    }();
+    return available;
+#else
+    return false;
+#endif
+}
+
+MaskOutPlan planMaskOut(const QImage& img, const QImage& bkg, const MaskOutOptions& options)
+{
+    const VectorPath path = resolvedPath(options.path);
+    if (!takesRowPath(img, bkg))
+        return {path, 0};
+    return {path, threadsFor(img, options.threads)};
+}
+
+void maskOut(QImage& img, const QImage& bkg, QRgb key)
+{
+    maskOut(img, bkg, key, MaskOutOptions());
+}
+
+void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& options)
+{
+    makeStorable(img);
+    if (img.isNull() || img.width() <= 0 || img.height() <= 0)
+        return;
+    const KeyColour k = keyColourOf(key);
+    // Neither green nor blue dominates the key: no pixel can pass, and the
+    // image is left exactly as it was (not even detached).
+    if (!k.greenKey && !k.blueKey)
+        return;
+
+    if (!takesRowPath(img, bkg)) {
+        maskOutPerPixel(img, bkg, k);
+        return;
+    }
+
+    rows::Key rowKey;
+    rowKey.red = static_cast<std::int32_t>(k.r);
+    rowKey.dominant = static_cast<std::int32_t>(k.greenKey ? k.g : k.b);
+    rowKey.other = static_cast<std::int32_t>(k.greenKey ? k.b : k.g);
+    rowKey.dominantShift = k.greenKey ? 8 : 0;
+    rowKey.otherShift = k.greenKey ? 0 : 8;
+    rowKey.lowerRatio = smallestFloatNotBelow(1.16);
+    rowKey.upperRatio = smallestFloatNotBelow(1.29);
+    // The image class stores what its pixel read of the background returns,
+    // and a 32-bit RGB photo keeps its pixels opaque: the background's alpha
+    // is forced to 255 when either image has no alpha channel.
+    rowKey.backgroundFill = (img.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32)
+        ? 0xFF000000u : 0u;
+
+    // bits() detaches a shared photo once, here on the calling thread; the
+    // worker threads only touch raw rows.
+    rows::Band whole;
+    whole.photo = img.bits();
+    whole.background = bkg.constBits();
+    whole.photoStride = img.bytesPerLine();
+    whole.backgroundStride = bkg.bytesPerLine();
+    whole.width = img.width();
+    whole.firstRow = 0;
+    whole.endRow = img.height();
+
+    const MaskOutPlan plan = planMaskOut(img, bkg, options);
+    void (*keyBand)(const rows::Key&, const rows::Band&) = &rows::keyBandBaseline;
+#ifdef PLENDRA_KEYING_HAS_WIDE
+    if (plan.path == VectorPath::Wide)
+        keyBand = &rows::keyBandWide;
+#endif
+
+    if (plan.threads <= 1) {
+        keyBand(rowKey, whole);
+        return;
+    }
+
+    // Bands of whole rows, one per thread; this thread keys the first band and
+    // returns only when every band is done, so callers see one blocking call.
+    std::vector<std::thread> helpers;
+    helpers.reserve(std::size_t(plan.threads - 1));
+    const int height = img.height();
+    auto bandOf = [&](int i) {
+        rows::Band b = whole;
+        b.firstRow = int(qint64(height) * i / plan.threads);
+        b.endRow = int(qint64(height) * (i + 1) / plan.threads);
+        return b;
+    };
+    for (int i = 1; i < plan.threads; ++i) {
+        try {
+            helpers.emplace_back(keyBand, rowKey, bandOf(i));
+        } catch (const std::system_error&) {
+            keyBand(rowKey, bandOf(i)); // no thread to be had: key that band here
+        }
+    }
+    keyBand(rowKey, bandOf(0));
+    for (std::thread& t : helpers)
+        t.join();
 }
 
 } // namespace keying

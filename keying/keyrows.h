@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The row loops of the key mask for 32-bit photos, one per vector width.
+// Internal to the keying library.
+
+#include <cstdint>
+#include <cstddef>
+
+namespace keying::rows {
+
+// The key colour in the form the row loops want it, worked out once per pass.
+// "Dominant" is green for a green key and blue for a blue key, "other" the
+// remaining one of the two; the decision treats the pair symmetrically.
+struct Key
+{
+    std::int32_t red, dominant, other; // key channels, 0 counted as 1
+    int dominantShift, otherShift;     // bit positions in the 0xAARRGGBB word
+    float lowerRatio;                  // smallest float not below 1.16
+    float upperRatio;                  // smallest float not below 1.29
+    std::uint32_t backgroundFill;      // ORed into every background word stored
+};
+
+// A band of rows of the photo (keyed in place) and the background.
+struct Band
+{
+    unsigned char* photo;
+    const unsigned char* background;
+    std::ptrdiff_t photoStride;
+    std::ptrdiff_t backgroundStride;
+    int width;
+    int firstRow;
+    int endRow;
+};
+
+void keyBandBaseline(const Key& key, const Band& band);
+#if defined(__x86_64__) || defined(__i386__)
+#define PLENDRA_KEYING_HAS_WIDE 1
+void keyBandWide(const Key& key, const Band& band);
+#endif
+
+} // namespace keying::rows
