@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QDateTime>
+#include <QDialog>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
@@ -77,6 +78,7 @@ void RecordingOpener::forgetCalls() const { QFile::remove(recordPath()); }
 ModalAnswerer::ModalAnswerer(std::function<void(QWidget*)> answer)
     : m_answer(std::move(answer))
 {
+    m_clock.start();
     m_timer.setInterval(20);
     QObject::connect(&m_timer, &QTimer::timeout, this, [this] { poll(); });
     m_timer.start();
@@ -89,11 +91,19 @@ void ModalAnswerer::poll()
     QWidget* modal = QApplication::activeModalWidget();
     if (!modal || !modal->isVisible())
         return;
-    for (const QPointer<QWidget>& done : std::as_const(m_handled)) {
-        if (done == modal)
-            return;
+    for (Handled& done : m_handled) {
+        if (done.widget != modal)
+            continue;
+        if (!done.closed && m_clock.elapsed() - done.at > 10000) {
+            done.closed = true;
+            if (auto* dialog = qobject_cast<QDialog*>(modal))
+                dialog->reject();
+            else
+                modal->close();
+        }
+        return;
     }
-    m_handled << QPointer<QWidget>(modal);
+    m_handled << Handled{QPointer<QWidget>(modal), m_clock.elapsed(), false};
     seen << Seen{QString::fromLatin1(modal->metaObject()->className()), modal->windowTitle()};
     m_answer(modal);
 }

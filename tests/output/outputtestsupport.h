@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QMap>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -47,7 +48,9 @@ private:
 
 // Calls `answer` once for each modal window that becomes active while it
 // runs (polled from a timer, so it also sees windows opened inside nested
-// event loops). `seen` keeps the window titles and classes in order.
+// event loops). `seen` keeps the window titles and classes in order. A modal
+// window still up 10 seconds after its answer is closed, so that a window
+// that refuses to close fails its test instead of hanging the run.
 class ModalAnswerer : public QObject
 {
 public:
@@ -63,7 +66,14 @@ public:
 private:
     void poll();
     std::function<void(QWidget*)> m_answer;
-    QList<QPointer<QWidget>> m_handled;
+    struct Handled
+    {
+        QPointer<QWidget> widget;
+        qint64 at;
+        bool closed;
+    };
+    QList<Handled> m_handled;
+    QElapsedTimer m_clock;
     QTimer m_timer;
 };
 
