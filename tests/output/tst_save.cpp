@@ -359,10 +359,14 @@ private slots:
         const QImage shown = testsupport::shownPixmap(DialogTestAccess::scene(d)).toImage();
         QCOMPARE(ui->listWidget->currentRow(), 1);
         ui->Run->setEnabled(false);
+        qsizetype mostSelected = 0;
+        connect(ui->listWidget, &QListWidget::itemSelectionChanged, this,
+                [&] { mostSelected = qMax(mostSelected, ui->listWidget->selectedItems().size()); });
 
         QVERIFY(QMetaObject::invokeMethod(&d, "Run"));
 
         QCOMPARE(ui->listWidget->currentRow(), 0);
+        QCOMPARE(mostSelected, ui->listWidget->count()); // every row was selected on the way
         QVERIFY(ui->Run->isEnabled());
         QCOMPARE(MyGlobal::CurSelection, second);
         QCOMPARE(DialogTestAccess::preview(d).toImage(), composite);
