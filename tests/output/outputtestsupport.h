@@ -84,22 +84,3 @@ QMap<QString, QString> listTree(const QString& root);
 QStringList changedEntries(const QMap<QString, QString>& before, const QMap<QString, QString>& after);
 
 } // namespace outputtest
-
-// Like PLENDRA_TEST_MAIN, with HOME pointed at a fresh temporary folder before
-// the application object (or anything else) reads it.
-#define PLENDRA_OUTPUT_TEST_MAIN(TestObject)                                                                 \
-    int main(int argc, char** argv)                                                                          \
-    {                                                                                                        \
-        QTemporaryDir testHome;                                                                              \
-        if (!testHome.isValid())                                                                             \
-            return 2;                                                                                        \
-        qputenv("HOME", testHome.path().toLocal8Bit());                                                      \
-        QApplication app(argc, argv);                                                                        \
-        int childExit = 0;                                                                                   \
-        if (testsupport::runRequestedChildScenario(argc, argv, &childExit))                                  \
-            return childExit;                                                                                \
-        app.setAttribute(Qt::AA_Use96Dpi, true);                                                             \
-        TestObject tc;                                                                                       \
-        QTEST_SET_MAIN_SOURCE_PATH                                                                           \
-        return QTest::qExec(&tc, argc, argv);                                                                \
-    }

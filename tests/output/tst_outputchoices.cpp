@@ -342,5 +342,5 @@ private slots:
     }
 };
 
-PLENDRA_OUTPUT_TEST_MAIN(OutputChoicesTest)
+PLENDRA_TEST_MAIN(OutputChoicesTest)
 #include "tst_outputchoices.moc"

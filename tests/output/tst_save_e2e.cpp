@@ -164,5 +164,5 @@ private slots:
     }
 };
 
-PLENDRA_OUTPUT_TEST_MAIN(SaveEndToEndTest)
+PLENDRA_TEST_MAIN(SaveEndToEndTest)
 #include "tst_save_e2e.moc"

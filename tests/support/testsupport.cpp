@@ -18,6 +18,7 @@
 #include <QPainterPath>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 
 #include <cstring>
 
@@ -161,6 +162,24 @@ bool registerChildScenario(const char* name, std::function<void()> body)
 {
     scenarios().insert(QString::fromLatin1(name), std::move(body));
     return true;
+}
+
+class IsolatedHome
+{
+public:
+    QTemporaryDir dir;
+};
+
+IsolatedHome* isolateHome()
+{
+    static IsolatedHome home;
+    if (!home.dir.isValid())
+        return nullptr;
+    qputenv("HOME", QFile::encodeName(home.dir.path()));
+    qunsetenv("XDG_CONFIG_HOME");
+    qunsetenv("XDG_DATA_HOME");
+    qunsetenv("XDG_CACHE_HOME");
+    return &home;
 }
 
 bool runRequestedChildScenario(int argc, char** argv, int* exitCode)

@@ -94,15 +94,25 @@ bool runRequestedChildScenario(int argc, char** argv, int* exitCode);
         testsupport::registerChildScenario(name, &PLENDRA_CHILD_SCENARIO_CAT(childScenario_, __LINE__));      \
     static void PLENDRA_CHILD_SCENARIO_CAT(childScenario_, __LINE__)()
 
-// Like QTEST_MAIN, but a run with "--child <name>" executes that scenario instead.
+namespace testsupport {
+// Points HOME at a fresh temporary folder (and drops the XDG folders that would
+// override it), so that nothing a test does, Qt's own file-dialog history
+// included, reaches the real home. Kept alive for the whole test run.
+class IsolatedHome;
+IsolatedHome* isolateHome();
+} // namespace testsupport
+
+// Like QTEST_MAIN, with an isolated home; a run with "--child <name>" executes
+// that scenario instead of the tests.
 #define PLENDRA_TEST_MAIN(TestObject)                                                                        \
     int main(int argc, char** argv)                                                                          \
     {                                                                                                        \
+        if (!testsupport::isolateHome())                                                                     \
+            return 2;                                                                                        \
         QApplication app(argc, argv);                                                                        \
         int childExit = 0;                                                                                   \
         if (testsupport::runRequestedChildScenario(argc, argv, &childExit))                                  \
             return childExit;                                                                                \
-        app.setAttribute(Qt::AA_Use96Dpi, true);                                                             \
         TestObject tc;                                                                                       \
         QTEST_SET_MAIN_SOURCE_PATH                                                                           \
         return QTest::qExec(&tc, argc, argv);                                                                \
