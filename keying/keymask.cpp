@@ -37,18 +37,6 @@ bool takesRowPath(const QImage& img, const QImage& bkg)
         && bkg.height() >= img.height();
 }
 
-// The smallest float that is not below `limit`: a float widened to double
-// reaches `limit` exactly when it reaches this float.
-float smallestFloatNotBelow(double limit)
-{
-    float f = static_cast<float>(limit);
-    if (static_cast<double>(f) < limit)
-        f = std::nextafter(f, 2.0f * f + 1.0f);
-    while (static_cast<double>(std::nextafter(f, 0.0f)) >= limit)
-        f = std::nextafter(f, 0.0f);
-    return f;
-}
-
 // Formats other than 32-bit RGB/ARGB: the image class's own per-pixel reads
 // and writes give its exact store rules for each format.
 void maskOutPerPixel(QImage& img, const QImage& bkg, const KeyColour& k)
@@ -128,8 +116,6 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
     rowKey.other = static_cast<std::int32_t>(k.greenKey ? k.b : k.g);
     rowKey.dominantShift = k.greenKey ? 8 : 0;
     rowKey.otherShift = k.greenKey ? 0 : 8;
-    rowKey.lowerRatio = smallestFloatNotBelow(1.16);
-    rowKey.upperRatio = smallestFloatNotBelow(1.29);
     // The image class stores what its pixel read of the background returns,
     // and a 32-bit RGB photo keeps its pixels opaque: the background's alpha
     // is forced to 255 when either image has no alpha channel.

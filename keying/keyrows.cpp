@@ -5,10 +5,13 @@
 //
 // Every step is exact with respect to the per-pixel rule: channel values are
 // small integers, so differences, sums and the closeness and darkness tests
-// are done in 32-bit integers; the two ratios use the same single-precision
-// division as the per-pixel rule, and comparing a float widened to double with
-// 1.16 (or 1.29) is the same as comparing the float with the smallest float
-// not below that double, which the caller works out once.
+// are done in 32-bit integers. The ratio tests need no division either. For
+// channel values a and b from 1 to 255, the single-precision a / b widened to
+// double reaches 1.16 exactly when 25a > 29b, and reaches 1.29 exactly when
+// 100a > 129b: 116/100 and 129/100 themselves round to just under their
+// doubles, and no other fraction with such small terms lies between a
+// threshold and the float it rounds from. (The all-colours test checks every
+// one of them.) The products are exact in single precision.
 #include "keying/keyrows.h"
 
 #include <cstring>
@@ -47,8 +50,6 @@ __attribute__((always_inline)) inline void keyBand(const Key& k, const Band& ban
     const std::int32_t keyOther = k.other;
     const int dominantShift = k.dominantShift;
     const int otherShift = k.otherShift;
-    const float lower = k.lowerRatio;
-    const float upper = k.upperRatio;
     const std::uint32_t fill = k.backgroundFill;
     const int width = band.width;
     // Biases of the closeness test: 89 - key channel, plus the sign flip.
@@ -98,13 +99,18 @@ __attribute__((always_inline)) inline void keyBand(const Key& k, const Band& ban
             const I close = ((I)((U)red + redBias) < closeLimit) & ((I)((U)dom + dominantBias) < closeLimit)
                 & ((I)((U)oth + otherBias) < closeLimit);
 
-            // The dominant channel stands above the other two.
+            // The dominant channel stands above the other two: r1 = dom / oth
+            // and r2 = dom / red against 1.16 (25/29) and 1.29 (100/129).
             const F fRed = __builtin_convertvector(red, F);
             const F fDom = __builtin_convertvector(dom, F);
             const F fOth = __builtin_convertvector(oth, F);
-            const F r1 = fDom / fOth;
-            const F r2 = fDom / fRed;
-            const I dominant = ((r1 >= lower) & (r2 >= upper)) | ((r2 >= lower) & (r1 >= upper));
+            const F dom25 = fDom * 25.0f;
+            const F dom100 = fDom * 100.0f;
+            const I r1Lower = dom25 > fOth * 29.0f;
+            const I r1Upper = dom100 > fOth * 129.0f;
+            const I r2Lower = dom25 > fRed * 29.0f;
+            const I r2Upper = dom100 > fRed * 129.0f;
+            const I dominant = (r1Lower & r2Upper) | (r2Lower & r1Upper);
 
             // Bright pixels pass. A dark one passes when green equals blue, or
             // when the larger of the two is more than 15 levels from red and

@@ -16,8 +16,6 @@ struct Key
 {
     std::int32_t red, dominant, other; // key channels, 0 counted as 1
     int dominantShift, otherShift;     // bit positions in the 0xAARRGGBB word
-    float lowerRatio;                  // smallest float not below 1.16
-    float upperRatio;                  // smallest float not below 1.29
     std::uint32_t backgroundFill;      // ORed into every background word stored
 };
 
