@@ -7,7 +7,7 @@ set -euo pipefail
 debian_packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins libgl-dev
-  libbenchmark-dev
+  libbenchmark-dev zlib1g-dev
   xvfb xauth xdotool imagemagick
   fonts-dejavu-core fonts-liberation qt6-qpa-plugins
 )
