@@ -8,7 +8,7 @@ WERROR ?= OFF
 GENERATOR := $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test bench sanitize clean
+.PHONY: all deps configure build run test bench sanitize clean
 
 all: build
 
@@ -18,13 +18,17 @@ deps:
 $(BUILD)/CMakeCache.txt:
 	cmake -S . -B $(BUILD) -G "$(GENERATOR)" -DPLENDRA_WERROR=$(WERROR)
 
-build: deps $(BUILD)/CMakeCache.txt
+configure: deps $(BUILD)/CMakeCache.txt
 	cmake -S . -B $(BUILD) -DPLENDRA_WERROR=$(WERROR) >/dev/null
+
+build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
-# The program looks for its window icon in the folder it starts in, and for
-# the sample photos beside its bundle: both are the build folder.
-run: build
+# Builds just the program (not the tests). It looks for its window icon in the
+# folder it starts in, and for the sample photos beside its bundle: both are
+# the build folder.
+run: configure
+	cmake --build $(BUILD) -j $(JOBS) --target Plendra
 	cd $(BUILD) && ./Plendra.app/Contents/MacOS/Plendra
 
 test: build
