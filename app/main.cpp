@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/globals.h"
 #include "app/imagelimits.h"
+#include "app/outputfolder.h"
 #include "mainwindow/dialog.h"
 
 #include <QApplication>
@@ -26,11 +27,7 @@ int main(int argc, char* argv[])
     // Plendra.app/Contents/MacOS/Plendra is three folders below them.
     MyGlobal::appDir = QDir(QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../../.."))).absolutePath();
 
-    MyGlobal::outputDir = QDir::homePath() + QDir::separator() + QStringLiteral("Documents");
-    QDir output(MyGlobal::outputDir);
-    output.mkpath(QStringLiteral("Plendra"));
-    output.cd(QStringLiteral("Plendra")); // stays on "Documents" when it cannot be entered
-    MyGlobal::outputDir = output.absolutePath();
+    setUpOutputFolder();
 
     Dialog window;
     window.show();

@@ -77,6 +77,13 @@ struct ChildRun
     QByteArray standardOutput;
 };
 ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
+// The same, but the child cannot bypass file permissions: run by root (as the
+// tests are in CI), it is started through setpriv without the capabilities
+// that override them (dac_override, dac_read_search), so a file without read
+// permission or a read-only folder really is one for it. The scenario should
+// still check that the permission takes effect.
+ChildRun runChildScenarioWithoutFileOverrides(const QString& name,
+                                              const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
 
 // Registers a scenario for runChildScenario (use PLENDRA_CHILD_SCENARIO).
 bool registerChildScenario(const char* name, std::function<void()> body);

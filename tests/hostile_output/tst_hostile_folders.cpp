@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: MIT
+// The folders around a save: a home without "Documents" or with a file in its
+// place, a read-only or missing output folder, a missing "Bkg" folder.
+#include "app/globals.h"
+#include "app/imagelimits.h"
+#include "app/outputfolder.h"
+#include "mainwindow/dialog.h"
+#include "tests/hostile_output/hostileoutputsupport.h"
+#include "tests/output/outputtestsupport.h"
+#include "tests/support/hostilecorpus.h"
+#include "tests/support/testsupport.h"
+#include "ui_dialog.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+
+using namespace hostileoutput;
+
+namespace {
+
+const QString kSizeCondition =
+    QStringLiteral("m_bkg.height() == m_foreground.height() && m_bkg.width() == m_foreground.width()");
+const QPoint kBackdrop(20, 20);
+
+void resetGlobals()
+{
+    MyGlobal::xyClicked = QPoint(0, 0);
+    MyGlobal::CurSelection.clear();
+    MyGlobal::CurSelectionBk.clear();
+}
+
+// HOME pointed elsewhere for the life of the object.
+class HomeAt
+{
+public:
+    explicit HomeAt(const QString& home)
+        : m_saved(qgetenv("HOME"))
+    {
+        qputenv("HOME", QFile::encodeName(home));
+    }
+    ~HomeAt() { qputenv("HOME", m_saved); }
+
+private:
+    QByteArray m_saved;
+};
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
+{
+    const QString opener = outputtest::openerName() + QLatin1Char(' ');
+    return {QProcess::splitCommand(opener + folder).mid(1), QProcess::splitCommand(opener + target).mid(1)};
+}
+
+} // namespace
+
+// "Save Image" into an output folder the child may not write to. The child
+// first proves that the folder really refuses it, then saves.
+PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
+{
+    allowLargePhotos();
+    resetGlobals();
+    MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
+    MyGlobal::outputDir = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
+    QFile probe(MyGlobal::outputDir + QStringLiteral("/probe"));
+    if (probe.open(QIODevice::WriteOnly)) {
+        probe.close();
+        probe.remove();
+        std::puts("probe written");
+    } else {
+        std::puts("probe refused");
+    }
+    std::fflush(stdout);
+    Dialog d;
+    d.show();
+    pressPreview(d, kBackdrop);
+    QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+    std::puts(QFileInfo::exists(MyGlobal::outputDir + QStringLiteral("/1green.JPG")) ? "target written" : "target absent");
+    std::puts(DialogTestAccess::ui(d)->Run->isEnabled() ? "run enabled" : "run disabled");
+}
+
+// No "Bkg" folder: no background is loaded, and a key click stops on the
+// size assertion.
+PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
+{
+    allowLargePhotos();
+    resetGlobals();
+    MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
+    MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
+    Dialog d;
+    d.show();
+    std::printf("backgrounds %d, null %d\n", int(DialogTestAccess::ui(d)->listWidget_Bk->count()),
+                int(DialogTestAccess::background(d).isNull()));
+    std::fflush(stdout);
+    pressPreview(d, kBackdrop);
+    std::puts("survived the click");
+}
+
+class HostileFoldersTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_root;
+    QTemporaryDir m_childTmp;
+    QString m_samples;
+    QString m_noBkgSamples;
+    QMap<QString, QByteArray> m_inputs;
+    outputtest::RecordingOpener m_opener;
+    QString m_home;
+    QString m_output;
+    QMap<QString, QByteArray> m_homeAtStart;
+
+    QStringList homeChanges() const
+    {
+        return testsupport::treeDifferences(m_homeAtStart, testsupport::snapshotTree(m_home));
+    }
+
+private slots:
+    void initTestCase()
+    {
+        allowLargePhotos();
+        m_home = QDir::homePath();
+        QVERIFY(m_home.startsWith(QDir::tempPath()));
+        QVERIFY(m_root.isValid());
+        QVERIFY(m_childTmp.isValid());
+        m_samples = m_root.path() + QStringLiteral("/samples");
+        QVERIFY(testsupport::makeSampleFolder(m_samples));
+        m_noBkgSamples = m_root.path() + QStringLiteral("/without-bkg");
+        QVERIFY(testsupport::makeSampleFolder(m_noBkgSamples, {}));
+        QVERIFY(QDir(m_noBkgSamples + QStringLiteral("/Bkg")).removeRecursively());
+        QVERIFY(!QFileInfo::exists(m_noBkgSamples + QStringLiteral("/Bkg")));
+        m_inputs = testsupport::snapshotTree(m_root.path());
+        QVERIFY(m_opener.isValid());
+        m_opener.putFirstOnPath();
+    }
+
+    void init()
+    {
+        QDir home(m_home);
+        const QStringList entries = home.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        for (const QString& e : entries) {
+            const QFileInfo info(home.filePath(e));
+            if (info.isDir())
+                QDir(info.filePath()).removeRecursively();
+            else
+                QFile::remove(info.filePath());
+        }
+        m_output = m_home + QStringLiteral("/Documents/Plendra");
+        QVERIFY(QDir().mkpath(m_output));
+        resetGlobals();
+        MyGlobal::appDir = m_samples;
+        MyGlobal::outputDir = m_output;
+        m_opener.forgetCalls();
+        m_homeAtStart = testsupport::snapshotTree(m_home);
+    }
+
+    void cleanup()
+    {
+        QCOMPARE(testsupport::treeDifferences(m_inputs, testsupport::snapshotTree(m_root.path())), QStringList());
+    }
+
+    // Designed outcome: start-up makes "Documents" and "Plendra" in it, and
+    // the output folder is that "Plendra" folder; nothing else is made.
+    void homeWithoutDocuments()
+    {
+        QTemporaryDir home;
+        QVERIFY(home.isValid());
+        {
+            HomeAt at(home.path());
+            setUpOutputFolder();
+        }
+        QCOMPARE(MyGlobal::outputDir, home.path() + QStringLiteral("/Documents/Plendra"));
+        const QMap<QString, QByteArray> made = testsupport::snapshotTree(home.path());
+        QCOMPARE(made.keys(), QStringList({QStringLiteral("Documents"), QStringLiteral("Documents/Plendra")}));
+        QCOMPARE(made.value(QStringLiteral("Documents/Plendra")), QByteArray("folder"));
+
+        // Starting again finds it and changes nothing.
+        {
+            HomeAt at(home.path());
+            setUpOutputFolder();
+        }
+        QCOMPARE(MyGlobal::outputDir, home.path() + QStringLiteral("/Documents/Plendra"));
+        QCOMPARE(testsupport::snapshotTree(home.path()), made);
+    }
+
+    // Designed outcome: "Plendra" cannot be made inside a file named
+    // "Documents"; nothing is reported, the output folder is the "Documents"
+    // path itself, and the file is left as it was. A save there then fails
+    // silently and the opener still runs on both paths.
+    void homeWhoseDocumentsIsAFile()
+    {
+        QTemporaryDir home;
+        QVERIFY(home.isValid());
+        const QString documents = home.path() + QStringLiteral("/Documents");
+        QVERIFY(writeFile(documents, "my shopping list\n"));
+        const QMap<QString, QByteArray> before = testsupport::snapshotTree(home.path());
+        {
+            HomeAt at(home.path());
+            setUpOutputFolder();
+        }
+        QCOMPARE(MyGlobal::outputDir, documents);
+        QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
+
+        Dialog d;
+        d.show();
+        pressPreview(d, kBackdrop);
+        QVERIFY(DialogTestAccess::foreground(d) != QImage(m_samples + QStringLiteral("/1green.JPG")));
+        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
+        QCOMPARE(m_opener.calls(), openerCallsFor(documents, documents + QStringLiteral("/1green.JPG")));
+        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+        QCOMPARE(homeChanges(), QStringList());
+    }
+
+    // Designed outcome: the save into a folder the user may not write to
+    // fails silently; the opener still runs on the folder and on the file that
+    // was not written; the window goes on (the button enabled again).
+    void readOnlyOutputFolder()
+    {
+        QVERIFY(QFile::setPermissions(m_output, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup
+                                                      | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
+        QTemporaryDir childTmp(m_childTmp.path() + QStringLiteral("/run-XXXXXX"));
+        QVERIFY(childTmp.isValid());
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("PLENDRA_HOSTILE_SAMPLES"), m_samples);
+        env.insert(QStringLiteral("PLENDRA_HOSTILE_OUTPUT"), m_output);
+        env.insert(QStringLiteral("TMPDIR"), childTmp.path());
+        const testsupport::ChildRun run =
+            testsupport::runChildScenarioWithoutFileOverrides(QStringLiteral("save-into-read-only-folder"), env);
+        QVERIFY(QFile::setPermissions(m_output, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+
+        QVERIFY(run.started);
+        QVERIFY2(!run.crashed, run.standardError.constData());
+        QCOMPARE(run.exitCode, 0);
+        const QByteArray out = run.standardOutput;
+        // The permission really took effect in the child.
+        QVERIFY2(out.contains("probe refused"), out.constData());
+        QVERIFY2(out.contains("target absent"), out.constData());
+        QVERIFY2(out.contains("run enabled"), out.constData());
+        QCOMPARE(sanitizerReports(run.standardError), QStringList());
+        QCOMPARE(m_opener.calls(), openerCallsFor(m_output, m_output + QStringLiteral("/1green.JPG")));
+        QCOMPARE(homeChanges(), QStringList());
+    }
+
+    // Designed outcome: "Save Image" never makes the output folder: with it
+    // gone the save fails silently, nothing appears, and the opener still runs.
+    void missingOutputFolderAtSave()
+    {
+        QVERIFY(QDir(m_output).removeRecursively());
+        m_homeAtStart = testsupport::snapshotTree(m_home);
+        Dialog d;
+        d.show();
+        pressPreview(d, kBackdrop);
+        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QVERIFY(!QFileInfo::exists(m_output));
+        QCOMPARE(homeChanges(), QStringList());
+        QCOMPARE(m_opener.calls(), openerCallsFor(m_output, m_output + QStringLiteral("/1green.JPG")));
+        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+    }
+
+    // Designed outcome: without a "Bkg" folder the window still opens with the
+    // photo shown, BACKGROUNDS empty and no background; nothing is reported.
+    // "Save Image" writes the unkeyed photo as the only new file.
+    void missingBkgFolderAtStartUp()
+    {
+        MyGlobal::appDir = m_noBkgSamples;
+        Dialog d;
+        d.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        QCOMPARE(ui->listWidget_Bk->count(), 0);
+        QVERIFY(DialogTestAccess::background(d).isNull());
+        QVERIFY(MyGlobal::CurSelectionBk.isEmpty());
+        QCOMPARE(ui->listWidget->count(), 2);
+        const QImage photo(m_noBkgSamples + QStringLiteral("/1green.JPG"));
+        QCOMPARE(DialogTestAccess::foreground(d), photo);
+        QCOMPARE(DialogTestAccess::preview(d).toImage(), QPixmap::fromImage(photo).toImage());
+        QCOMPARE(d.windowTitle(), QStringLiteral("Plendra - photo v1.3"));
+
+        QTest::mouseClick(ui->Run, Qt::LeftButton);
+        QCOMPARE(homeChanges(), QStringList({QStringLiteral("Documents/Plendra/1green.JPG")}));
+        QCOMPARE(QImage(m_output + QStringLiteral("/1green.JPG")).size(), photo.size());
+        QCOMPARE(m_opener.calls(), openerCallsFor(m_output, m_output + QStringLiteral("/1green.JPG")));
+    }
+
+    // Designed outcome: with no background loaded, a key click stops the
+    // program on the named size assertion, and prints nothing else of note.
+    void missingBkgFolderThenKeyClickStops()
+    {
+        const QString expected = assertionLine(QStringLiteral("mainwindow/dialog_keying.cpp"), kSizeCondition);
+        QVERIFY(!expected.isEmpty());
+        QTemporaryDir childTmp(m_childTmp.path() + QStringLiteral("/run-XXXXXX"));
+        QVERIFY(childTmp.isValid());
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("PLENDRA_HOSTILE_SAMPLES"), m_noBkgSamples);
+        env.insert(QStringLiteral("TMPDIR"), childTmp.path());
+        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("key-click-without-backgrounds"), env);
+        QVERIFY(run.started);
+        QVERIFY2(run.standardOutput.contains("backgrounds 0, null 1"), run.standardOutput.constData());
+        QVERIFY2(!run.standardOutput.contains("survived"), run.standardOutput.constData());
+        QVERIFY(run.crashed);
+        const QString err = QString::fromLocal8Bit(run.standardError);
+        QCOMPARE(err.count(QStringLiteral("failed assertion")), 1);
+        QVERIFY2(err.endsWith(expected + QLatin1Char('\n')), qPrintable(err));
+        QCOMPARE(sanitizerReports(run.standardError), QStringList());
+        const QMap<QString, QByteArray> left = testsupport::snapshotTree(childTmp.path());
+        for (auto it = left.cbegin(); it != left.cend(); ++it)
+            QVERIFY2(it.value() == "folder", qPrintable(it.key()));
+        QCOMPARE(homeChanges(), QStringList());
+    }
+};
+
+PLENDRA_TEST_MAIN(HostileFoldersTest)
+#include "tst_hostile_folders.moc"
