@@ -22,6 +22,8 @@
 
 #include <cstring>
 
+#include <unistd.h>
+
 QImage& DialogTestAccess::foreground(Dialog& d) { return d.m_foreground; }
 QImage& DialogTestAccess::background(Dialog& d) { return d.m_bkg; }
 QPixmap& DialogTestAccess::preview(Dialog& d) { return d.m_preview; }
@@ -141,12 +143,14 @@ void pressAt(QWidget* widget, Qt::MouseButton button, QPoint at)
     QApplication::sendEvent(widget, &press);
 }
 
-ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)
+namespace {
+
+ChildRun runChild(const QString& program, const QStringList& arguments, const QProcessEnvironment& env)
 {
     ChildRun run;
     QProcess child;
     child.setProcessEnvironment(env);
-    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), name});
+    child.start(program, arguments);
     run.started = child.waitForStarted(30000);
     if (!run.started)
         return run;
@@ -156,6 +160,26 @@ ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)
     run.standardError = child.readAllStandardError();
     run.standardOutput = child.readAllStandardOutput();
     return run;
+}
+
+} // namespace
+
+ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)
+{
+    return runChild(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), name}, env);
+}
+
+ChildRun runChildScenarioWithoutFileOverrides(const QString& name, const QProcessEnvironment& env)
+{
+    if (::geteuid() != 0)
+        return runChildScenario(name, env);
+    // Root keeps its user id but loses CAP_DAC_OVERRIDE and CAP_DAC_READ_SEARCH
+    // from the bounding set, so the child never gains them again on exec.
+    const QString caps = QStringLiteral("-dac_override,-dac_read_search");
+    return runChild(QStringLiteral("setpriv"),
+                    {QStringLiteral("--bounding-set=") + caps, QStringLiteral("--inh-caps=") + caps,
+                     QCoreApplication::applicationFilePath(), QStringLiteral("--child"), name},
+                    env);
 }
 
 bool registerChildScenario(const char* name, std::function<void()> body)

@@ -77,6 +77,13 @@ struct ChildRun
     QByteArray standardOutput;
 };
 ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
+// Like runChildScenario, but the child cannot bypass file permissions: run as
+// root (as in CI), it loses the capabilities that override them (through
+// setpriv), so a file without read permission really cannot be read and a
+// read-only folder really cannot be written. Run as another user, the child
+// starts as runChildScenario starts it.
+ChildRun runChildScenarioWithoutFileOverrides(const QString& name,
+                                              const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
 
 // Registers a scenario for runChildScenario (use PLENDRA_CHILD_SCENARIO).
 bool registerChildScenario(const char* name, std::function<void()> body);
