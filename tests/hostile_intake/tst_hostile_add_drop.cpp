@@ -270,6 +270,11 @@ void TestHostileAddDrop::dropRows()
     // that path ends in "png", so it is listed, with an empty icon.
     QTest::newRow("file address on another host") << -1 << other << QUrl(QStringLiteral("file://server/share/photo.png"))
                                                   << QStringLiteral("//server/share/photo.png");
+    // A percent-encoded NUL reaches the path as a NUL character, which no file
+    // name can hold: listed (the ending is "png"), with an empty icon.
+    QTest::newRow("file address with a NUL")
+        << -1 << other << QUrl(QStringLiteral("file:///nonexistent-plendra-folder/a%00b.png"))
+        << QStringLiteral("/nonexistent-plendra-folder/a") + QChar(0) + QStringLiteral("b.png");
     QTest::newRow("file address of a missing file") << -1 << other
                                                     << QUrl::fromLocalFile(QStringLiteral("/nonexistent-plendra-folder/missing.jpg"))
                                                     << QStringLiteral("/nonexistent-plendra-folder/missing.jpg");
