@@ -171,15 +171,14 @@ ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env)
 
 ChildRun runChildScenarioWithoutFileOverrides(const QString& name, const QProcessEnvironment& env)
 {
-    const QStringList scenario = {QCoreApplication::applicationFilePath(), QStringLiteral("--child"), name};
     if (::geteuid() != 0)
-        return runChild(scenario.first(), scenario.mid(1), env);
-    // setpriv (util-linux) execs the child in its own place, so its exit status
-    // and signals are the child's.
-    const QString dropped = QStringLiteral("-dac_override,-dac_read_search");
+        return runChildScenario(name, env);
+    // Root keeps its user id but loses CAP_DAC_OVERRIDE and CAP_DAC_READ_SEARCH
+    // from the bounding set, so the child never gains them again on exec.
+    const QString caps = QStringLiteral("-dac_override,-dac_read_search");
     return runChild(QStringLiteral("setpriv"),
-                    QStringList{QStringLiteral("--bounding-set=") + dropped, QStringLiteral("--inh-caps=") + dropped}
-                        + scenario,
+                    {QStringLiteral("--bounding-set=") + caps, QStringLiteral("--inh-caps=") + caps,
+                     QCoreApplication::applicationFilePath(), QStringLiteral("--child"), name},
                     env);
 }
 

@@ -77,11 +77,11 @@ struct ChildRun
     QByteArray standardOutput;
 };
 ChildRun runChildScenario(const QString& name, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
-// The same, but the child cannot bypass file permissions: run by root (as the
-// tests are in CI), it is started through setpriv without the capabilities
-// that override them (dac_override, dac_read_search), so a file without read
-// permission or a read-only folder really is one for it. The scenario should
-// still check that the permission takes effect.
+// Like runChildScenario, but the child cannot bypass file permissions: run as
+// root (as in CI), it loses the capabilities that override them (through
+// setpriv), so a file without read permission really cannot be read and a
+// read-only folder really cannot be written. Run as another user, the child
+// starts as runChildScenario starts it.
 ChildRun runChildScenarioWithoutFileOverrides(const QString& name,
                                               const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
 
