@@ -148,8 +148,15 @@ namespace {
 ChildRun runChild(const QString& program, const QStringList& arguments, const QProcessEnvironment& env)
 {
     ChildRun run;
+    // The child's temporary files (its own home included) go into a folder of
+    // the parent's, so that even a child that aborts leaves nothing behind.
+    // A caller that chose the child's TMPDIR keeps its choice.
+    QTemporaryDir childTemp;
+    QProcessEnvironment childEnv = env;
+    if (childEnv.value(QStringLiteral("TMPDIR")) == qEnvironmentVariable("TMPDIR"))
+        childEnv.insert(QStringLiteral("TMPDIR"), childTemp.path());
     QProcess child;
-    child.setProcessEnvironment(env);
+    child.setProcessEnvironment(childEnv);
     child.start(program, arguments);
     run.started = child.waitForStarted(30000);
     if (!run.started)
