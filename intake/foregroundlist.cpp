@@ -27,10 +27,14 @@ QListWidgetItem* Dialog::AddFileToDisplay(const QString& path)
 
 void Dialog::addfiles()
 {
-    const QStringList files = QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
-                                                            QStringLiteral("/Users"), tr(kImageFileDialogFilter));
+    addForegroundsAndShowLast(QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
+                                                            QStringLiteral("/Users"), tr(kImageFileDialogFilter)));
+}
+
+void Dialog::addForegroundsAndShowLast(const QStringList& paths)
+{
     QListWidgetItem* last = nullptr;
-    for (const QString& path : files) {
+    for (const QString& path : paths) {
         last = AddFileToDisplay(path);
         MyGlobal::CurSelection = path;
     }
@@ -39,8 +43,9 @@ void Dialog::addfiles()
         ui->listWidget->setCurrentItem(last);
     }
 
-    // Also after a cancel: the current photo is read again from its file and
-    // the background follows its size; the key point is left as it is.
+    // Also when nothing was added (a cancelled dialog, an empty folder): the
+    // current photo is read again from its file and the background follows
+    // its size; the key point is left as it is.
     m_foreground.load(MyGlobal::CurSelection);
     m_bkg = m_bkg.scaled(m_foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
     UpdateScene();

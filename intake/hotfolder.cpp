@@ -41,21 +41,10 @@ void Dialog::on_Presets_clicked()
 void Dialog::addAllFilesinFolder(QString folder)
 {
     // Oldest first, so that the newest photo ends up last and current.
-    const QStringList names = imagesNewestFirst(folder, QDir::Reversed);
-    QListWidgetItem* last = nullptr;
-    for (const QString& name : names) {
-        const QString path = folder + QDir::separator() + name;
-        last = AddFileToDisplay(path);
-        MyGlobal::CurSelection = path;
-    }
-    if (last) {
-        ui->listWidget->clearSelection();
-        ui->listWidget->setCurrentItem(last);
-    }
-
-    m_foreground.load(MyGlobal::CurSelection);
-    m_bkg = m_bkg.scaled(m_foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
-    UpdateScene();
+    QStringList paths;
+    for (const QString& name : imagesNewestFirst(folder, QDir::Reversed))
+        paths << folder + QDir::separator() + name;
+    addForegroundsAndShowLast(paths);
 }
 
 void Dialog::handleDirectoryChanged(const QString& dir)

@@ -81,6 +81,9 @@ protected:
 private:
     // Stores a placement choice of the 3 x 3 grid and refreshes the preview.
     void place(int pos, int textAlign);
+    // Lists these photos in FOREGROUNDS, makes the last one current and shows
+    // it; with none, shows the current photo again as read from its file.
+    void addForegroundsAndShowLast(const QStringList& paths);
 
     QFileSystemWatcher* m_watcher = nullptr;
     Ui_Dialog* ui = nullptr;
