@@ -110,17 +110,13 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
         return;
     }
 
-    rows::Key rowKey;
-    rowKey.red = static_cast<std::int32_t>(k.r);
-    rowKey.dominant = static_cast<std::int32_t>(k.greenKey ? k.g : k.b);
-    rowKey.other = static_cast<std::int32_t>(k.greenKey ? k.b : k.g);
-    rowKey.dominantShift = k.greenKey ? 8 : 0;
-    rowKey.otherShift = k.greenKey ? 0 : 8;
     // The image class stores what its pixel read of the background returns,
     // and a 32-bit RGB photo keeps its pixels opaque: the background's alpha
     // is forced to 255 when either image has no alpha channel.
-    rowKey.backgroundFill = (img.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32)
+    const std::uint32_t fill = (img.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32)
         ? 0xFF000000u : 0u;
+    const rows::Key rowKey = rows::rowKey(static_cast<std::int32_t>(k.r), static_cast<std::int32_t>(k.g),
+                                          static_cast<std::int32_t>(k.b), k.greenKey, fill);
 
     // bits() detaches a shared photo once, here on the calling thread; the
     // worker threads only touch raw rows.
