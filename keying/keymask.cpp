@@ -5,6 +5,7 @@
 #include "keying/keyrows.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <system_error>
 #include <thread>
@@ -110,17 +111,13 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
         return;
     }
 
-    rows::Key rowKey;
-    rowKey.red = static_cast<std::int32_t>(k.r);
-    rowKey.dominant = static_cast<std::int32_t>(k.greenKey ? k.g : k.b);
-    rowKey.other = static_cast<std::int32_t>(k.greenKey ? k.b : k.g);
-    rowKey.dominantShift = k.greenKey ? 8 : 0;
-    rowKey.otherShift = k.greenKey ? 0 : 8;
     // The image class stores what its pixel read of the background returns,
     // and a 32-bit RGB photo keeps its pixels opaque: the background's alpha
     // is forced to 255 when either image has no alpha channel.
-    rowKey.backgroundFill = (img.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32)
+    const std::uint32_t fill = (img.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32)
         ? 0xFF000000u : 0u;
+    const rows::Key rowKey = rows::rowKey(static_cast<std::int32_t>(k.r), static_cast<std::int32_t>(k.g),
+                                          static_cast<std::int32_t>(k.b), k.greenKey, fill);
 
     // bits() detaches a shared photo once, here on the calling thread; the
     // worker threads only touch raw rows.
@@ -145,25 +142,35 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
         return;
     }
 
-    // Bands of whole rows, one per thread; this thread keys the first band and
-    // returns only when every band is done, so callers see one blocking call.
+    // Rows are handed out in short runs from a shared counter rather than in
+    // one band per thread: a core that is busy with another program takes
+    // fewer runs, and the call does not wait for its band. This thread keys
+    // runs too and returns only when every run is done, so callers see one
+    // blocking call.
+    const int height = img.height();
+    const int run = std::clamp(height / (plan.threads * 16), 1, 64);
+    std::atomic<int> nextRow{0};
+    auto keyRuns = [&] {
+        for (;;) {
+            const int first = nextRow.fetch_add(run, std::memory_order_relaxed);
+            if (first >= height)
+                return;
+            rows::Band b = whole;
+            b.firstRow = first;
+            b.endRow = std::min(first + run, height);
+            keyBand(rowKey, b);
+        }
+    };
     std::vector<std::thread> helpers;
     helpers.reserve(std::size_t(plan.threads - 1));
-    const int height = img.height();
-    auto bandOf = [&](int i) {
-        rows::Band b = whole;
-        b.firstRow = int(qint64(height) * i / plan.threads);
-        b.endRow = int(qint64(height) * (i + 1) / plan.threads);
-        return b;
-    };
     for (int i = 1; i < plan.threads; ++i) {
         try {
-            helpers.emplace_back(keyBand, rowKey, bandOf(i));
+            helpers.emplace_back(keyRuns);
         } catch (const std::system_error&) {
-            keyBand(rowKey, bandOf(i)); // no thread to be had: key that band here
+            break; // no more threads to be had: the others take the rows
         }
     }
-    keyBand(rowKey, bandOf(0));
+    keyRuns();
     for (std::thread& t : helpers)
         t.join();
 }

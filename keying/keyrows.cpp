@@ -1,18 +1,43 @@
 // SPDX-License-Identifier: MIT
-// The key mask's inner loop, written once on vectors of N pixels and built
-// twice: 4 pixels for the SSE2 baseline every x86-64 processor has, 8 pixels
-// with AVX2 for processors that have it (chosen at run time by the caller).
+// The key mask's row loop every processor runs: on x86 four pixels per SSE2
+// register, elsewhere the per-pixel decision itself on row pointers. Processors
+// with AVX2 take keyrows_wide.cpp instead (chosen at run time by the caller).
 //
-// Every step is exact with respect to the per-pixel rule: channel values are
-// small integers, so differences, sums and the closeness and darkness tests
-// are done in 32-bit integers. The ratio tests need no division either. For
-// channel values a and b from 1 to 255, the single-precision a / b widened to
-// double reaches 1.16 exactly when 25a > 29b, and reaches 1.29 exactly when
-// 100a > 129b: 116/100 and 129/100 themselves round to just under their
-// doubles, and no other fraction with such small terms lies between a
-// threshold and the float it rounds from. (The all-colours test checks every
-// one of them.) The products are exact in single precision.
+// Why the SSE2 steps equal the per-pixel rule (c' is a channel with 0 counted
+// as 1; D is the dominant channel of the key, O the other of green and blue,
+// R red):
+//
+// 1. Zero counts as one: an unsigned byte maximum with 1 in every byte.
+// 2. Closeness: |k' - c'| < 90 is c' in [k' - 89, k' + 89], clamped to
+//    0..255; a saturating subtraction of the lower bound from c' (and of c'
+//    from the upper bound) is zero exactly inside. The alpha byte gets the
+//    bounds 0 and 255, so it never counts.
+// 3. Dominance. For a, b in 1..255 the single-precision a / b widened to
+//    double reaches 1.16 exactly when 25a > 29b and 1.29 exactly when
+//    100a > 129b: 116/100 and 129/100 themselves round to just under their
+//    doubles, and no other fraction with such small terms lies between a
+//    threshold and the float it rounds from (the all-colours test checks
+//    every one of them). Each pixel word becomes the 16-bit pairs (D', O')
+//    and (D', R'), and one 16-bit multiply-add per test gives 25D' - 29b' or
+//    100D' - 129b' exactly in 32 bits. The rule,
+//    (r1 >= 1.16 and r2 >= 1.29) or (r2 >= 1.16 and r1 >= 1.29), equals
+//    "both ratios reach 1.16 and at least one reaches 1.29", because
+//    reaching 1.29 implies reaching 1.16.
+// 4. Darkness. A pixel that passes dominance has D' above O' and R', so the
+//    dark-pixel rule reads: the sum is above 100, or D' - O' and D' - R' both
+//    exceed 15; the same pairs give the sum and the differences. A key whose
+//    dominant channel is 147 or more never needs this step (see
+//    Key::darkRuleCanFail), and its loop leaves it out.
+// 5. Replace: the background word (ORed with the opaque alpha where the
+//    photo keeps its pixels opaque) under the lanes that passed; every run of
+//    four is written back whole, which keeps the loop free of branches.
 #include "keying/keyrows.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#else
+#include "keying/keymask.h"
+#endif
 
 #include <cstring>
 
@@ -20,131 +45,175 @@ namespace keying::rows {
 
 namespace {
 
-// Vectors of N pixels: signed channel values, raw 0xAARRGGBB words, floats.
-template <int N>
-struct Lanes;
-template <>
-struct Lanes<4>
+#if defined(__SSE2__)
+
+// Two signed 16-bit weights for the multiply-add of a (D', b') pair.
+__m128i weights(int onDominant, int onOther)
 {
-    typedef std::int32_t I __attribute__((vector_size(16)));
-    typedef std::uint32_t U __attribute__((vector_size(16)));
-    typedef float F __attribute__((vector_size(16)));
-};
-template <>
-struct Lanes<8>
+    return _mm_set1_epi32(static_cast<int>((std::uint32_t(onDominant) & 0xFFFFu)
+                                           | (std::uint32_t(onOther) & 0xFFFFu) << 16));
+}
+
+// Per-byte bounds of the closeness test: blue, green, red, then alpha, which
+// is never tested.
+__m128i channelBounds(int blue, int green, int red, int alpha)
 {
-    typedef std::int32_t I __attribute__((vector_size(32)));
-    typedef std::uint32_t U __attribute__((vector_size(32)));
-    typedef float F __attribute__((vector_size(32)));
+    const auto byteOf = [](int v) { return static_cast<std::uint32_t>(v < 0 ? 0 : v > 255 ? 255 : v); };
+    const std::uint32_t word = byteOf(blue) | byteOf(green) << 8 | byteOf(red) << 16 | byteOf(alpha) << 24;
+    return _mm_set1_epi32(static_cast<int>(word));
+}
+
+// What the loop needs of the key, in registers.
+struct BaselineKey
+{
+    __m128i ones;        // 1 in every byte
+    __m128i lowerBound;  // per byte: lowest channel value close to the key
+    __m128i upperBound;  // per byte: highest channel value close to the key
+    __m128i lowByte;     // 0xFF in the low byte of every word
+    __m128i thirdByte;   // 0xFF in the red byte of every word
+    __m128i lowerRatio;  // 25, -29
+    __m128i upperRatio;  // 100, -129
+    __m128i fill;        // ORed into every background word stored
+    int dominantShift;   // bit position of D in the word
+    int otherToHigh;     // left shift that brings O to the red byte
 };
 
-template <int N>
-__attribute__((always_inline)) inline void keyBand(const Key& k, const Band& band)
+BaselineKey baselineKey(const Key& k)
 {
-    using I = typename Lanes<N>::I;
-    using U = typename Lanes<N>::U;
-    using F = typename Lanes<N>::F;
+    const int dominantByte = k.dominantShift / 8;
+    const int otherByte = k.otherShift / 8;
+    int channel[3];
+    channel[dominantByte] = k.dominant;
+    channel[otherByte] = k.other;
+    channel[2] = k.red;
 
-    const std::int32_t keyRed = k.red;
-    const std::int32_t keyDominant = k.dominant;
-    const std::int32_t keyOther = k.other;
-    const int dominantShift = k.dominantShift;
-    const int otherShift = k.otherShift;
-    const std::uint32_t fill = k.backgroundFill;
+    BaselineKey b;
+    b.ones = _mm_set1_epi8(1);
+    b.lowerBound = channelBounds(channel[0] - 89, channel[1] - 89, channel[2] - 89, 0);
+    b.upperBound = channelBounds(channel[0] + 89, channel[1] + 89, channel[2] + 89, 255);
+    b.lowByte = _mm_set1_epi32(0xFF);
+    b.thirdByte = _mm_set1_epi32(0xFF0000);
+    b.lowerRatio = weights(25, -29);
+    b.upperRatio = weights(100, -129);
+    b.fill = _mm_set1_epi32(static_cast<int>(k.backgroundFill));
+    b.dominantShift = k.dominantShift;
+    b.otherToHigh = 16 - k.otherShift;
+    return b;
+}
+
+// Four pixels at p (photo, keyed in place) and b (background).
+template <bool DarkRule>
+inline void keyFour(const BaselineKey& k, std::uint32_t* p, const std::uint32_t* b)
+{
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i one = _mm_set1_epi32(1);
+    const __m128i word = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i c = _mm_max_epu8(word, k.ones);
+
+    // Nonzero in some byte when a channel is 90 or more from the key.
+    __m128i fails = _mm_or_si128(_mm_subs_epu8(k.lowerBound, c), _mm_subs_epu8(c, k.upperBound));
+
+    // The 16-bit pairs (D', O') and (D', R') of each pixel.
+    const __m128i dominant = _mm_and_si128(_mm_srli_epi32(c, k.dominantShift), k.lowByte);
+    const __m128i withOther = _mm_or_si128(dominant, _mm_and_si128(_mm_slli_epi32(c, k.otherToHigh), k.thirdByte));
+    const __m128i withRed = _mm_or_si128(dominant, _mm_and_si128(c, k.thirdByte));
+
+    // Both lower limits reached, and at least one upper limit.
+    const __m128i lowerFails = _mm_or_si128(_mm_cmpgt_epi32(one, _mm_madd_epi16(withOther, k.lowerRatio)),
+                                            _mm_cmpgt_epi32(one, _mm_madd_epi16(withRed, k.lowerRatio)));
+    const __m128i upperFails = _mm_and_si128(_mm_cmpgt_epi32(one, _mm_madd_epi16(withOther, k.upperRatio)),
+                                             _mm_cmpgt_epi32(one, _mm_madd_epi16(withRed, k.upperRatio)));
+    fails = _mm_or_si128(fails, _mm_or_si128(lowerFails, upperFails));
+
+    if constexpr (DarkRule) {
+        // Sum at most 100, and D'-O' or D'-R' at most 15.
+        const __m128i sum = _mm_add_epi32(_mm_madd_epi16(withOther, weights(1, 1)), _mm_madd_epi16(withRed, weights(0, 1)));
+        const __m128i dark = _mm_cmpgt_epi32(_mm_set1_epi32(101), sum);
+        const __m128i margin = _mm_set1_epi32(15);
+        const __m128i clear = _mm_and_si128(_mm_cmpgt_epi32(_mm_madd_epi16(withOther, weights(1, -1)), margin),
+                                            _mm_cmpgt_epi32(_mm_madd_epi16(withRed, weights(1, -1)), margin));
+        fails = _mm_or_si128(fails, _mm_andnot_si128(clear, dark));
+    }
+
+    const __m128i replace = _mm_cmpeq_epi32(fails, zero);
+    const __m128i bkg = _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(b)), k.fill);
+    const __m128i out = _mm_or_si128(_mm_and_si128(replace, bkg), _mm_andnot_si128(replace, word));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), out);
+}
+
+template <bool DarkRule>
+void keyBand(const Key& key, const Band& band)
+{
+    const BaselineKey k = baselineKey(key);
     const int width = band.width;
-    // Biases of the closeness test: 89 - key channel, plus the sign flip.
-    const std::uint32_t redBias = std::uint32_t(89 - keyRed) + 0x80000000u;
-    const std::uint32_t dominantBias = std::uint32_t(89 - keyDominant) + 0x80000000u;
-    const std::uint32_t otherBias = std::uint32_t(89 - keyOther) + 0x80000000u;
-    const std::int32_t closeLimit = std::int32_t(0x80000000u + 179u);
-    const std::int32_t darkLimit = std::int32_t(0x80000000u + 30u);
-
+    const int whole = width - width % 4;
     for (int y = band.firstRow; y < band.endRow; ++y) {
         auto* photoRow = reinterpret_cast<std::uint32_t*>(band.photo + y * band.photoStride);
         const auto* bkgRow = reinterpret_cast<const std::uint32_t*>(band.background + y * band.backgroundStride);
-
-        for (int x = 0; x < width; x += N) {
-            // The last few pixels of a row go through the same vector code via
-            // a padded copy, so that no read or write leaves the row.
-            const int n = width - x < N ? width - x : N;
-            std::uint32_t tailPhoto[N];
-            std::uint32_t tailBkg[N];
-            std::uint32_t* p = photoRow + x;
-            const std::uint32_t* b = bkgRow + x;
-            if (n < N) {
-                std::memset(tailPhoto, 0, sizeof tailPhoto);
-                std::memset(tailBkg, 0, sizeof tailBkg);
-                std::memcpy(tailPhoto, p, std::size_t(n) * 4);
-                std::memcpy(tailBkg, b, std::size_t(n) * 4);
-                p = tailPhoto;
-                b = tailBkg;
-            }
-
-            U w;
-            U bg;
-            std::memcpy(&w, p, sizeof w);
-            std::memcpy(&bg, b, sizeof bg);
-
-            I red = (I)((w >> 16) & 0xFFu);
-            I dom = (I)((w >> dominantShift) & 0xFFu);
-            I oth = (I)((w >> otherShift) & 0xFFu);
-            // A channel of 0 counts as 1 (a true comparison is -1).
-            red -= (red == 0);
-            dom -= (dom == 0);
-            oth -= (oth == 0);
-
-            // Closer than 90 levels to the key in every channel:
-            // -90 < c - k < 90, i.e. c - k + 89 in 0..178 as an unsigned
-            // number, compared as signed after flipping the sign bit.
-            const I close = ((I)((U)red + redBias) < closeLimit) & ((I)((U)dom + dominantBias) < closeLimit)
-                & ((I)((U)oth + otherBias) < closeLimit);
-
-            // The dominant channel stands above the other two: r1 = dom / oth
-            // and r2 = dom / red against 1.16 (25/29) and 1.29 (100/129).
-            const F fRed = __builtin_convertvector(red, F);
-            const F fDom = __builtin_convertvector(dom, F);
-            const F fOth = __builtin_convertvector(oth, F);
-            const F dom25 = fDom * 25.0f;
-            const F dom100 = fDom * 100.0f;
-            const I r1Lower = dom25 > fOth * 29.0f;
-            const I r1Upper = dom100 > fOth * 129.0f;
-            const I r2Lower = dom25 > fRed * 29.0f;
-            const I r2Upper = dom100 > fRed * 129.0f;
-            const I dominant = (r1Lower & r2Upper) | (r2Lower & r1Upper);
-
-            // Bright pixels pass. A dark one passes when green equals blue, or
-            // when the larger of the two is more than 15 levels from red and
-            // more than 15 above the smaller one (|d| > 15: d + 15 beyond 0..30
-            // as an unsigned number).
-            const I bright = (red + dom + oth) > 100;
-            const I domAbove = dom > oth;
-            const I larger = oth ^ ((dom ^ oth) & domAbove);
-            const I apart = (I)(((U)(dom - oth) + 15u) ^ 0x80000000u) > darkLimit;
-            const I clearOfRed = (I)(((U)(larger - red) + 15u) ^ 0x80000000u) > darkLimit;
-            const I darkPasses = (dom == oth) | (apart & clearOfRed);
-
-            const I replace = close & dominant & (bright | darkPasses);
-            const U out = w ^ ((w ^ (bg | fill)) & (U)replace);
-            std::memcpy(p, &out, sizeof out);
-
-            if (n < N)
-                std::memcpy(photoRow + x, tailPhoto, std::size_t(n) * 4);
+        for (int x = 0; x < whole; x += 4)
+            keyFour<DarkRule>(k, photoRow + x, bkgRow + x);
+        // The last few pixels go through a padded copy, so that no read or
+        // write leaves the row.
+        if (whole < width) {
+            const std::size_t bytes = std::size_t(width - whole) * 4;
+            std::uint32_t tailPhoto[4] = {};
+            std::uint32_t tailBkg[4] = {};
+            std::memcpy(tailPhoto, photoRow + whole, bytes);
+            std::memcpy(tailBkg, bkgRow + whole, bytes);
+            keyFour<DarkRule>(k, tailPhoto, tailBkg);
+            std::memcpy(photoRow + whole, tailPhoto, bytes);
         }
     }
 }
 
+#else
+
+// Without SSE2 (other processors): the per-pixel decision on row pointers.
+void keyBand(const Key& key, const Band& band)
+{
+    KeyColour k;
+    k.r = float(key.red);
+    k.g = float(key.dominantShift == 8 ? key.dominant : key.other);
+    k.b = float(key.dominantShift == 8 ? key.other : key.dominant);
+    k.greenKey = key.dominantShift == 8;
+    k.blueKey = !k.greenKey;
+    for (int y = band.firstRow; y < band.endRow; ++y) {
+        auto* photoRow = reinterpret_cast<std::uint32_t*>(band.photo + y * band.photoStride);
+        const auto* bkgRow = reinterpret_cast<const std::uint32_t*>(band.background + y * band.backgroundStride);
+        for (int x = 0; x < band.width; ++x) {
+            if (isBackdrop(k, photoRow[x]))
+                photoRow[x] = bkgRow[x] | key.backgroundFill;
+        }
+    }
+}
+
+#endif
+
 } // namespace
+
+Key rowKey(std::int32_t red, std::int32_t green, std::int32_t blue, bool greenKey, std::uint32_t backgroundFill)
+{
+    Key k;
+    k.red = red;
+    k.dominant = greenKey ? green : blue;
+    k.other = greenKey ? blue : green;
+    k.dominantShift = greenKey ? 8 : 0;
+    k.otherShift = greenKey ? 0 : 8;
+    k.backgroundFill = backgroundFill;
+    k.darkRuleCanFail = k.dominant < 147;
+    return k;
+}
 
 void keyBandBaseline(const Key& key, const Band& band)
 {
-    keyBand<4>(key, band);
-}
-
-#ifdef PLENDRA_KEYING_HAS_WIDE
-__attribute__((target("avx2"))) void keyBandWide(const Key& key, const Band& band)
-{
-    keyBand<8>(key, band);
-}
+#if defined(__SSE2__)
+    if (key.darkRuleCanFail)
+        keyBand<true>(key, band);
+    else
+        keyBand<false>(key, band);
+#else
+    keyBand(key, band);
 #endif
+}
 
 } // namespace keying::rows

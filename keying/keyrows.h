@@ -17,7 +17,16 @@ struct Key
     std::int32_t red, dominant, other; // key channels, 0 counted as 1
     int dominantShift, otherShift;     // bit positions in the 0xAARRGGBB word
     std::uint32_t backgroundFill;      // ORed into every background word stored
+    // False when no pixel close to the key can fail the dark-pixel rule, so
+    // the loops may leave it out. A pixel that passes dominance and fails that
+    // rule has a sum of at most 100 and D <= max(O, R) + 15; closeness gives
+    // D >= dominant - 89, so its sum is at least 2 * (dominant - 89) - 15 + 1,
+    // which is above 100 once the key's dominant channel is 147 or more.
+    bool darkRuleCanFail;
 };
+
+// The row loops' form of a key that is green- or blue-dominant.
+Key rowKey(std::int32_t red, std::int32_t green, std::int32_t blue, bool greenKey, std::uint32_t backgroundFill);
 
 // A band of rows of the photo (keyed in place) and the background.
 struct Band

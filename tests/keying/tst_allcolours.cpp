@@ -71,6 +71,8 @@ void TestAllColours::everyColourMatchesPerPixelDecision_data()
     QTest::newRow("black") << qRgb(0, 0, 0);
     QTest::newRow("near-black green") << qRgb(2, 6, 3);
     QTest::newRow("dark blue") << qRgb(10, 10, 60);
+    QTest::newRow("green 146, last key with the dark test") << qRgb(30, 146, 20);
+    QTest::newRow("blue 147, first key without it") << qRgb(25, 40, 147);
     QTest::newRow("grey") << qRgb(128, 128, 128);
     QTest::newRow("red") << qRgb(192, 48, 32);
     QTest::newRow("yellow, red equals green") << qRgb(200, 200, 40);

@@ -108,6 +108,12 @@ void TestKeyMask::ruleCases_data()
     QTest::newRow("red key") << rgb(192, 48, 32) << rgb(192, 48, 32) << false;
     QTest::newRow("green equals blue key") << rgb(20, 150, 150) << rgb(20, 160, 90) << false;
     QTest::newRow("alpha of the key ignored") << qRgba(0, 255, 0, 0) << qRgba(16, 240, 32, 0) << true;
+    // Below a dominant key channel of 147 the dark-pixel rule can still turn a
+    // close, dominant pixel down; the fast loops test it only for such keys.
+    QTest::newRow("dominant 146: dark, green 15 above red") << rgb(20, 146, 20) << rgb(42, 57, 1) << false;
+    QTest::newRow("dominant 146: dark, green 16 above red") << rgb(20, 146, 20) << rgb(41, 57, 1) << true;
+    QTest::newRow("dominant 146: dark, blue 15 above green") << rgb(20, 20, 146) << rgb(1, 42, 57) << false;
+    QTest::newRow("dominant 146: dark, blue 16 above green") << rgb(20, 20, 146) << rgb(1, 41, 57) << true;
 }
 
 void TestKeyMask::ruleCases()
@@ -345,6 +351,10 @@ void TestKeyMask::matchesOracleOnBoundaryValues_data()
     QTest::newRow("pure blue") << rgb(0, 0, 255);
     QTest::newRow("studio blue") << rgb(40, 70, 200);
     QTest::newRow("dark blue") << rgb(10, 10, 60);
+    QTest::newRow("green 146, last key with the dark test") << rgb(20, 146, 20);
+    QTest::newRow("green 147, first key without it") << rgb(20, 147, 20);
+    QTest::newRow("blue 146, last key with the dark test") << rgb(20, 20, 146);
+    QTest::newRow("blue 147, first key without it") << rgb(20, 20, 147);
     QTest::newRow("grey") << rgb(128, 128, 128);
     QTest::newRow("red") << rgb(192, 48, 32);
 }
@@ -387,7 +397,7 @@ void TestKeyMask::matchesOracleOnOddWidthsAndPaddedRows_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("padding"); // extra bytes at the end of each row
-    for (int width : {1, 3, 7, 33}) {
+    for (int width : {1, 3, 7, 12, 33}) {
         for (int padding : {0, 4, 12, 36})
             QTest::addRow("%d wide, %d bytes of padding", width, padding) << width << padding;
     }
@@ -398,32 +408,35 @@ void TestKeyMask::matchesOracleOnOddWidthsAndPaddedRows()
     QFETCH(int, width);
     QFETCH(int, padding);
     const int height = 9;
-    const QRgb key = qRgb(40, 180, 60);
     const qsizetype stride = qsizetype(width) * 4 + padding;
-    const QImage source = keyingdata::mixedPicture(width, height, key, quint32(width * 7 + padding));
     const QImage bkgSource = testsupport::randomImage(width, height, QImage::Format_ARGB32, 1234);
 
-    for (QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32}) {
-        for (const Variant& v : variants()) {
-            // Images over buffers of our own, with marked padding that must survive.
-            std::vector<uchar> photoBytes(size_t(stride * height), 0xA5);
-            std::vector<uchar> bkgBytes(size_t(stride * height), 0x5A);
-            QImage img(photoBytes.data(), width, height, stride, format);
-            QImage bkg(bkgBytes.data(), width, height, stride, format);
-            for (int y = 0; y < height; ++y) {
-                std::memcpy(img.scanLine(y), source.constScanLine(y), size_t(width) * 4);
-                std::memcpy(bkg.scanLine(y), bkgSource.constScanLine(y), size_t(width) * 4);
-            }
-            QImage expected = img.copy();
-            oracle::maskOut(expected, bkg, key);
-            keying::maskOut(img, bkg, key, v.options);
-            QCOMPARE(img.constBits(), photoBytes.data()); // keyed in place
-            QString where;
-            QVERIFY2(keyingdata::samePixels(img, expected, &where), qPrintable(QLatin1String(v.name) + QLatin1String(": ") + where));
-            for (int y = 0; y < height; ++y) {
-                for (int i = 0; i < padding; ++i) {
-                    QCOMPARE(photoBytes[size_t(y * stride + width * 4 + i)], uchar(0xA5));
-                    QCOMPARE(bkgBytes[size_t(y * stride + width * 4 + i)], uchar(0x5A));
+    // A bright key and a dark one: the loops leave out the dark-pixel test for
+    // the first only, so each form of the loop meets the row ends.
+    for (QRgb key : {qRgb(40, 180, 60), qRgb(16, 48, 16)}) {
+        const QImage source = keyingdata::mixedPicture(width, height, key, quint32(width * 7 + padding));
+        for (QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32}) {
+            for (const Variant& v : variants()) {
+                // Images over buffers of our own, with marked padding that must survive.
+                std::vector<uchar> photoBytes(size_t(stride * height), 0xA5);
+                std::vector<uchar> bkgBytes(size_t(stride * height), 0x5A);
+                QImage img(photoBytes.data(), width, height, stride, format);
+                QImage bkg(bkgBytes.data(), width, height, stride, format);
+                for (int y = 0; y < height; ++y) {
+                    std::memcpy(img.scanLine(y), source.constScanLine(y), size_t(width) * 4);
+                    std::memcpy(bkg.scanLine(y), bkgSource.constScanLine(y), size_t(width) * 4);
+                }
+                QImage expected = img.copy();
+                oracle::maskOut(expected, bkg, key);
+                keying::maskOut(img, bkg, key, v.options);
+                QCOMPARE(img.constBits(), photoBytes.data()); // keyed in place
+                QString where;
+                QVERIFY2(keyingdata::samePixels(img, expected, &where), qPrintable(QLatin1String(v.name) + QLatin1String(": ") + where));
+                for (int y = 0; y < height; ++y) {
+                    for (int i = 0; i < padding; ++i) {
+                        QCOMPARE(photoBytes[size_t(y * stride + width * 4 + i)], uchar(0xA5));
+                        QCOMPARE(bkgBytes[size_t(y * stride + width * 4 + i)], uchar(0x5A));
+                    }
                 }
             }
         }
