@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every one of the 16,777,216 colours, as one 4096 x 4096 photo, keyed with a
+// Every one of the 16,777,216 colours, as one 4096 x 4096 photo, keyed with
 // fourteen keys on each vector path and thread count: the result must equal the
 // per-pixel decision byte for byte. The per-pixel decision itself is checked
 // against the plainly written rule for every colour and key.
