@@ -68,8 +68,8 @@ QImage paintBackdrop(const Backdrop& bd, const Figure& fig, const Plane& personA
             const double hot = std::exp(-0.5 * (dxh * dxh + dyh * dyh));
             const double rx = (x - 0.5 * w) / (0.5 * w);
             const double ry = (y - 0.5 * h) / (0.5 * h);
-            const double vignette = 1.0 - 0.42 * std::pow((rx * rx + ry * ry) / 2.0, 1.1);
-            double light = (0.68 + 0.44 * hot) * vignette;
+            const double vignette = 1.0 - 0.24 * std::pow((rx * rx + ry * ry) / 2.0, 1.1);
+            double light = (0.74 + 0.30 * hot) * vignette;
 
             const double xw = x + sway;
             const double fold = 0.055 * std::sin(kTwoPi * xw / 230.0 + phase1)
