@@ -177,7 +177,7 @@ namespace {
 
 std::unique_ptr<Dialog> windowOn(const QString& appDir)
 {
-    intaketest::resetGlobals();
+    testsupport::resetGlobals();
     allowLargePhotos();
     MyGlobal::appDir = appDir;
     // As main() makes it: "Plendra" under the home's "Documents".

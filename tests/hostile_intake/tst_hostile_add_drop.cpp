@@ -123,7 +123,7 @@ void TestHostileAddDrop::init()
 void TestHostileAddDrop::cleanup()
 {
     MyGlobal::log.close();
-    intaketest::resetGlobals();
+    testsupport::resetGlobals();
 }
 
 // Designed outcome of "Add" under FOREGROUNDS, by what the chosen path is:

@@ -62,7 +62,7 @@ class TestHostileStartup : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { intaketest::resetGlobals(); }
+    void cleanup() { testsupport::resetGlobals(); }
 
     void hostileFirstSample_data() { addCorpusRows(); }
     void hostileFirstSample();

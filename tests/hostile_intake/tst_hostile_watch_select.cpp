@@ -291,7 +291,7 @@ void TestHostileWatchSelect::init()
 void TestHostileWatchSelect::cleanup()
 {
     MyGlobal::log.close();
-    intaketest::resetGlobals();
+    testsupport::resetGlobals();
 }
 
 // Designed outcome of choosing the corpus folder as the hot folder: its files

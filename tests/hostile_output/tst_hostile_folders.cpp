@@ -31,13 +31,6 @@ const QString kSizeCondition =
     QStringLiteral("m_bkg.height() == m_foreground.height() && m_bkg.width() == m_foreground.width()");
 const QPoint kBackdrop(20, 20);
 
-void resetGlobals()
-{
-    MyGlobal::xyClicked = QPoint(0, 0);
-    MyGlobal::CurSelection.clear();
-    MyGlobal::CurSelectionBk.clear();
-}
-
 // HOME pointed elsewhere for the life of the object.
 class HomeAt
 {
@@ -72,7 +65,7 @@ QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 {
     allowLargePhotos();
-    resetGlobals();
+    testsupport::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
     QFile probe(MyGlobal::outputDir + QStringLiteral("/probe"));
@@ -97,7 +90,7 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
 {
     allowLargePhotos();
-    resetGlobals();
+    testsupport::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
     Dialog d;
@@ -150,18 +143,9 @@ private slots:
 
     void init()
     {
-        QDir home(m_home);
-        const QStringList entries = home.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-        for (const QString& e : entries) {
-            const QFileInfo info(home.filePath(e));
-            if (info.isDir())
-                QDir(info.filePath()).removeRecursively();
-            else
-                QFile::remove(info.filePath());
-        }
-        m_output = m_home + QStringLiteral("/Documents/Plendra");
-        QVERIFY(QDir().mkpath(m_output));
-        resetGlobals();
+        m_output = testsupport::emptyHomeWithOutputFolder(m_home);
+        QVERIFY(!m_output.isEmpty());
+        testsupport::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();

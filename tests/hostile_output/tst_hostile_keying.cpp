@@ -40,15 +40,6 @@ const QString kSizeCondition =
 // A point on the backdrop of every generated studio shot.
 const QPoint kBackdrop(20, 20);
 
-void resetGlobals()
-{
-    MyGlobal::xyClicked = QPoint(0, 0);
-    MyGlobal::CurSelection.clear();
-    MyGlobal::CurSelectionBk.clear();
-    MyGlobal::HotFolder_FG.clear();
-    MyGlobal::LasHotFile.clear();
-}
-
 // Mean of the absolute channel differences of two images of the same size.
 double meanDifference(const QImage& a, const QImage& b)
 {
@@ -76,7 +67,7 @@ QImage asPreview(const QImage& image) { return QPixmap::fromImage(image).toImage
 PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
 {
     allowLargePhotos();
-    resetGlobals();
+    testsupport::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
     Dialog d;
@@ -162,18 +153,9 @@ private slots:
     void init()
     {
         // An empty home holding the output folder that start-up makes.
-        QDir home(m_home);
-        const QStringList entries = home.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-        for (const QString& e : entries) {
-            const QFileInfo info(home.filePath(e));
-            if (info.isDir())
-                QDir(info.filePath()).removeRecursively();
-            else
-                QFile::remove(info.filePath());
-        }
-        m_output = m_home + QStringLiteral("/Documents/Plendra");
-        QVERIFY(QDir().mkpath(m_output));
-        resetGlobals();
+        m_output = testsupport::emptyHomeWithOutputFolder(m_home);
+        QVERIFY(!m_output.isEmpty());
+        testsupport::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();

@@ -18,20 +18,9 @@
 
 namespace intaketest {
 
-void resetGlobals()
-{
-    MyGlobal::appDir.clear();
-    MyGlobal::HotFolder_FG.clear();
-    MyGlobal::xyClicked = QPoint(0, 0);
-    MyGlobal::outputDir.clear();
-    MyGlobal::CurSelection.clear();
-    MyGlobal::CurSelectionBk.clear();
-    MyGlobal::LasHotFile.clear();
-}
-
 Window::Window(const QStringList& backgroundNames)
 {
-    resetGlobals();
+    testsupport::resetGlobals();
     if (!dir.isValid() || !testsupport::makeSampleFolder(dir.path(), backgroundNames))
         return;
     MyGlobal::appDir = dir.path();
@@ -45,7 +34,7 @@ Window::Window(const QStringList& backgroundNames)
 Window::~Window()
 {
     dialog.reset();
-    resetGlobals();
+    testsupport::resetGlobals();
 }
 
 void clickRow(QListWidget* list, int row)

@@ -24,9 +24,6 @@ class QWidget;
 
 namespace intaketest {
 
-// Puts every process-wide global this area touches back to its start value.
-void resetGlobals();
-
 // A main window on its own generated sample folder ("1green.JPG", "blue1.JPG"
 // and "Bkg"), shown and exposed on the offscreen platform.
 struct Window

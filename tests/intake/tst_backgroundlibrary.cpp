@@ -45,7 +45,7 @@ class TestBackgroundLibrary : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { resetGlobals(); }
+    void cleanup() { testsupport::resetGlobals(); }
 
     void bkgFolderListsPngAndJpgOnlyInNameOrder();
     void addDialogHasTheForegroundCaptionAndFilter();

@@ -57,7 +57,7 @@ class TestForegroundList : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { resetGlobals(); }
+    void cleanup() { testsupport::resetGlobals(); }
 
     void supportedTypesInTheirThreeForms();
     void droppedEndings_data();

@@ -133,7 +133,7 @@ void TestHotFolder::init()
 void TestHotFolder::cleanup()
 {
     MyGlobal::log.close();
-    resetGlobals();
+    testsupport::resetGlobals();
 }
 
 void TestHotFolder::presetFormAsBuilt()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/testsupport.h"
 
+#include "app/globals.h"
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"
 
@@ -116,6 +117,32 @@ bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames,
     for (const QString& name : backgroundNames)
         ok = writeImage(backgroundPicture(width, height, seed++), folder + QStringLiteral("/Bkg/") + name) && ok;
     return ok;
+}
+
+void resetGlobals()
+{
+    MyGlobal::appDir.clear();
+    MyGlobal::HotFolder_FG.clear();
+    MyGlobal::xyClicked = QPoint(0, 0);
+    MyGlobal::outputDir.clear();
+    MyGlobal::CurSelection.clear();
+    MyGlobal::CurSelectionBk.clear();
+    MyGlobal::LasHotFile.clear();
+}
+
+QString emptyHomeWithOutputFolder(const QString& home)
+{
+    QDir dir(home);
+    const QStringList entries = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QString& entry : entries) {
+        const QFileInfo info(dir.filePath(entry));
+        if (info.isDir() && !info.isSymLink())
+            QDir(info.filePath()).removeRecursively();
+        else
+            QFile::remove(info.filePath());
+    }
+    const QString output = home + QStringLiteral("/Documents/Plendra");
+    return QDir().mkpath(output) ? output : QString();
 }
 
 QStringList itemTexts(const QListWidget* list)

@@ -56,6 +56,13 @@ bool writeImage(const QImage& image, const QString& path, int quality = 95);
 bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames = {QStringLiteral("a.jpg"), QStringLiteral("b.png")},
                       int width = 320, int height = 240);
 
+// Puts the process-wide paths and the key point back to their start values.
+void resetGlobals();
+
+// Empties `home` (hidden entries too) and makes the output folder that
+// start-up makes in it, "Documents/Plendra"; returns that folder's path.
+QString emptyHomeWithOutputFolder(const QString& home);
+
 // Texts of a list's items, in order.
 QStringList itemTexts(const QListWidget* list);
 
