@@ -40,22 +40,6 @@ const QString kSizeCondition =
 // A point on the backdrop of every generated studio shot.
 const QPoint kBackdrop(20, 20);
 
-// Mean of the absolute channel differences of two images of the same size.
-double meanDifference(const QImage& a, const QImage& b)
-{
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    double sum = 0;
-    for (int row = 0; row < x.height(); ++row) {
-        for (int col = 0; col < x.width(); ++col) {
-            const QRgb p = x.pixel(col, row);
-            const QRgb q = y.pixel(col, row);
-            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    }
-    return sum / (3.0 * x.width() * x.height());
-}
-
 // The preview pixmap as the window makes it from `image`.
 QImage asPreview(const QImage& image) { return QPixmap::fromImage(image).toImage(); }
 
@@ -261,7 +245,7 @@ private slots:
         QVERIFY2(!saved.isNull(), qPrintable(reader.errorString()));
         QCOMPARE(saved.size(), stored.size());
         if (format == "jpeg")
-            QVERIFY2(meanDifference(saved, composite) < 4.0, qPrintable(QString::number(meanDifference(saved, composite))));
+            QVERIFY2(testsupport::meanDifference(saved, composite) < 4.0, qPrintable(QString::number(testsupport::meanDifference(saved, composite))));
         else
             QCOMPARE(saved.convertToFormat(QImage::Format_ARGB32), composite.convertToFormat(QImage::Format_ARGB32));
     }
@@ -345,7 +329,7 @@ private slots:
         QCOMPARE(unexpectedHomeChanges({QStringLiteral("Documents/Plendra/1green.JPG")}), QStringList());
         const QImage saved(target);
         QCOMPARE(saved.size(), shownBefore.size());
-        QVERIFY(meanDifference(saved, shownBefore) < 4.0);
+        QVERIFY(testsupport::meanDifference(saved, shownBefore) < 4.0);
         QCOMPARE(m_opener.calls().size(), 2);
     }
 

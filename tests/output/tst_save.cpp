@@ -61,22 +61,6 @@ QAbstractButton* buttonWithText(QMessageBox* box, const QString& text)
     return nullptr;
 }
 
-// Mean of the absolute channel differences of two images of the same size.
-double meanDifference(const QImage& a, const QImage& b)
-{
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    double sum = 0;
-    for (int row = 0; row < x.height(); ++row) {
-        const QRgb* p = reinterpret_cast<const QRgb*>(x.constScanLine(row));
-        const QRgb* q = reinterpret_cast<const QRgb*>(y.constScanLine(row));
-        for (int col = 0; col < x.width(); ++col)
-            sum += std::abs(qRed(p[col]) - qRed(q[col])) + std::abs(qGreen(p[col]) - qGreen(q[col])) +
-                   std::abs(qBlue(p[col]) - qBlue(q[col]));
-    }
-    return sum / (3.0 * x.width() * x.height());
-}
-
 QImage asRgb32(const QImage& image) { return image.convertToFormat(QImage::Format_RGB32); }
 
 } // namespace
@@ -243,7 +227,7 @@ private slots:
         const QImage saved = reader.read();
         QVERIFY(!saved.isNull());
         QCOMPARE(saved.size(), composite.size());
-        QVERIFY2(meanDifference(saved, composite) < 3.0, "the saved file is not the composite");
+        QVERIFY2(testsupport::meanDifference(saved, composite) < 3.0, "the saved file is not the composite");
 
         const QList<QStringList> expected{{m_output}, {m_output + QStringLiteral("/a"), QStringLiteral("b.JPG")}};
         QCOMPARE(m_opener.calls(), expected);
@@ -286,7 +270,7 @@ private slots:
         if (lossless)
             QCOMPARE(asRgb32(saved), asRgb32(composite));
         else
-            QVERIFY(meanDifference(saved, composite) < 3.0);
+            QVERIFY(testsupport::meanDifference(saved, composite) < 3.0);
     }
 
     // For a lossless foreground the file holds exactly the keyed image: the

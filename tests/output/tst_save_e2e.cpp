@@ -4,20 +4,17 @@
 // called on the folder and then on the file.
 #include "keying/keymask.h"
 #include "tests/output/outputtestsupport.h"
+#include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QGraphicsView>
 #include <QImageReader>
-#include <QProcess>
-#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cstdlib>
 
 namespace {
 
@@ -26,39 +23,6 @@ const QRect kPreview(200, 80, 421, 351);
 const QRect kSaveImage(310, 470, 161, 34);
 // A backdrop point near the preview's top left corner.
 const QPoint kBackdropInPreview(20, 20);
-
-struct Result
-{
-    int exitCode = -1;
-    QString out;
-};
-
-Result runTool(const QString& program, const QStringList& args)
-{
-    QProcess p;
-    p.start(program, args);
-    Result r;
-    if (!p.waitForStarted(10000) || !p.waitForFinished(30000))
-        return r;
-    r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = QString::fromLocal8Bit(p.readAllStandardOutput()).trimmed();
-    return r;
-}
-
-double meanDifference(const QImage& a, const QImage& b)
-{
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    double sum = 0;
-    for (int row = 0; row < x.height(); ++row) {
-        for (int col = 0; col < x.width(); ++col) {
-            const QRgb p = x.pixel(col, row);
-            const QRgb q = y.pixel(col, row);
-            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    }
-    return sum / (3.0 * x.width() * x.height());
-}
 
 } // namespace
 
@@ -76,57 +40,20 @@ private slots:
         QVERIFY(opener.isValid());
 
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), home.path());
         env.insert(QStringLiteral("PATH"), QString::fromLocal8Bit(opener.pathWithOpenerFirst()));
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        QProcess program;
-        program.setProcessEnvironment(env);
-        program.setWorkingDirectory(buildDir);
-        program.setProgram(QStringLiteral(PLENDRA_BUNDLE_EXE));
-        program.start();
-        QVERIFY2(program.waitForStarted(20000), qPrintable(program.errorString()));
-        auto stop = qScopeGuard([&] {
-            program.terminate();
-            if (!program.waitForFinished(5000)) {
-                program.kill();
-                program.waitForFinished(5000);
-            }
-        });
-
-        QString window;
-        QElapsedTimer waited;
-        waited.start();
-        while (window.isEmpty() && waited.elapsed() < 30000) {
-            const Result found = runTool(QStringLiteral("xdotool"),
-                                         {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
-                                          QStringLiteral("^Plendra - photo v1\\.3$")});
-            if (found.exitCode == 0 && !found.out.isEmpty())
-                window = found.out.split(QLatin1Char('\n')).first();
-            else
-                QTest::qWait(200);
-        }
-        QVERIFY2(!window.isEmpty(), "the window \"Plendra - photo v1.3\" did not appear");
+        testsupport::DesktopSession app(home.path(), env);
+        QVERIFY2(app.start(), "the window \"Plendra - photo v1.3\" did not appear");
         const QString output = home.path() + QStringLiteral("/Documents/Plendra");
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(output).isDir(), 10000);
-        QTest::qWait(500); // let the first paint finish
         const auto before = outputtest::listTree(home.path());
 
-        const QPoint backdrop = kPreview.topLeft() + kBackdropInPreview;
-        const QPoint save = kSaveImage.center();
-        for (const QPoint& at : {backdrop, save}) {
-            const Result clicked = runTool(QStringLiteral("xdotool"),
-                                           {QStringLiteral("mousemove"), QStringLiteral("--window"), window,
-                                            QString::number(at.x()), QString::number(at.y()), QStringLiteral("click"),
-                                            QStringLiteral("1")});
-            QCOMPARE(clicked.exitCode, 0);
-            QTest::qWait(300);
-        }
+        QVERIFY(app.click(kPreview.topLeft() + kBackdropInPreview));
+        QVERIFY(app.click(kSaveImage.center()));
 
         const QString target = output + QStringLiteral("/1green.JPG");
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(target) && opener.calls().size() >= 2, 15000);
         QTest::qWait(300);
-        const QString screenshot = QCoreApplication::applicationDirPath() + QStringLiteral("/output_save_e2e.png");
-        QCOMPARE(runTool(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), screenshot}).exitCode, 0);
+        QVERIFY(!app.screenshot(QCoreApplication::applicationDirPath() + QStringLiteral("/output_save_e2e.png")).isNull());
 
         const QList<QStringList> expectedCalls{{output}, {target}};
         QCOMPARE(opener.calls(), expectedCalls);
@@ -158,8 +85,8 @@ private slots:
                                      photo.height() * inViewport.y() / kPreview.height());
         QImage expected = photo;
         keying::maskOut(expected, background, key);
-        QVERIFY2(meanDifference(expected, photo) > 10.0, "the click keyed nothing");
-        const double off = meanDifference(saved, expected);
+        QVERIFY2(testsupport::meanDifference(expected, photo) > 10.0, "the click keyed nothing");
+        const double off = testsupport::meanDifference(saved, expected);
         QVERIFY2(off < 4.0, qPrintable(QStringLiteral("saved file differs from the composite by %1").arg(off)));
     }
 };

@@ -63,6 +63,10 @@ void resetGlobals();
 // start-up makes in it, "Documents/Plendra"; returns that folder's path.
 QString emptyHomeWithOutputFolder(const QString& home);
 
+// Mean of the absolute channel differences of two images of the same size,
+// compared as 32-bit RGB (0 when equal, 255 at most).
+double meanDifference(const QImage& a, const QImage& b);
+
 // Texts of a list's items, in order.
 QStringList itemTexts(const QListWidget* list);
 
