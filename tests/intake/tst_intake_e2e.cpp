@@ -4,13 +4,13 @@
 // its backdrop, choose the other background, and check the preview in
 // screenshots (kept under the build tree).
 
+#include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -25,80 +25,6 @@ const QRect kPreview(200, 80, 421, 351);
 const QRect kForegrounds(20, 120, 151, 311);
 const QRect kBackgrounds(643, 120, 151, 311);
 const QColor kBackdrop(40, 180, 60);
-
-struct Run
-{
-    bool finished = false;
-    int exitCode = -1;
-    QString out;
-};
-
-Run run(const QString& program, const QStringList& args, int timeoutMs = 15000)
-{
-    QProcess p;
-    p.start(program, args);
-    Run r;
-    if (!p.waitForStarted(5000))
-        return r;
-    r.finished = p.waitForFinished(timeoutMs);
-    if (!r.finished) {
-        p.kill();
-        p.waitForFinished(2000);
-    }
-    r.exitCode = p.exitCode();
-    r.out = QString::fromLocal8Bit(p.readAllStandardOutput()).trimmed();
-    return r;
-}
-
-bool xdotool(const QStringList& args)
-{
-    const Run r = run(QStringLiteral("xdotool"), args);
-    return r.finished && r.exitCode == 0;
-}
-
-// Window id of the first window with this exact title, waiting for it.
-QString findWindow(const QString& title, int timeoutMs = 20000)
-{
-    const Run r = run(QStringLiteral("xdotool"),
-                      {"search", "--sync", "--onlyvisible", "--name", "^" + QRegularExpression::escape(title) + "$"},
-                      timeoutMs);
-    return r.finished && r.exitCode == 0 ? r.out.split('\n').first().trimmed() : QString();
-}
-
-bool windowExists(const QString& title)
-{
-    const Run r = run(QStringLiteral("xdotool"),
-                      {"search", "--onlyvisible", "--name", "^" + QRegularExpression::escape(title) + "$"});
-    return r.finished && r.exitCode == 0 && !r.out.isEmpty();
-}
-
-QPoint windowPosition(const QString& id)
-{
-    const Run r = run(QStringLiteral("xdotool"), {"getwindowgeometry", id});
-    const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("Position: (-?\\d+),(-?\\d+)")).match(r.out);
-    return m.hasMatch() ? QPoint(m.captured(1).toInt(), m.captured(2).toInt()) : QPoint(-1, -1);
-}
-
-bool clickAt(const QString& windowId, QPoint inWindow)
-{
-    return xdotool({"mousemove", "--sync", "--window", windowId, QString::number(inWindow.x()),
-                    QString::number(inWindow.y())})
-           && xdotool({"click", "1"});
-}
-
-// The whole screen, saved under `path`, with the window's part returned.
-QImage screenshot(const QString& path, const QRect& window)
-{
-    const Run r = run(QStringLiteral("import"), {"-window", "root", path});
-    if (!r.finished || r.exitCode != 0)
-        return QImage();
-    const QImage screen(path);
-    if (screen.isNull())
-        return QImage();
-    const QImage part = screen.copy(window).convertToFormat(QImage::Format_RGB32);
-    part.save(QFileInfo(path).path() + "/window-" + QFileInfo(path).fileName());
-    return part;
-}
 
 int colourDistance(QRgb a, QColor b)
 {
@@ -177,64 +103,38 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
         shipped.insert(bkg.filePath(name), bytesOf(bkg.filePath(name)));
     QVERIFY2(shipped.size() >= 2, "the build tree needs two backgrounds beside the bundle");
 
-    QProcess app;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), home.path());
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    // Qt's own file dialog, never a desktop's native one.
-    env.insert(QStringLiteral("QT_QPA_PLATFORMTHEME"), QStringLiteral("generic"));
-    env.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
-    env.remove(QStringLiteral("DESKTOP_SESSION"));
-    app.setProcessEnvironment(env);
-    app.setWorkingDirectory(QStringLiteral(PLENDRA_BUILD_DIR));
-    app.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    app.start(QStringLiteral(PLENDRA_BUNDLE_EXE), {});
-    QVERIFY(app.waitForStarted(10000));
-    const auto stopApp = [&app]() {
-        if (app.state() != QProcess::NotRunning) {
-            app.terminate();
-            if (!app.waitForFinished(5000)) {
-                app.kill();
-                app.waitForFinished(5000);
-            }
-        }
-    };
-    auto stopOnFailure = qScopeGuard(stopApp);
+    testsupport::DesktopSession app(home.path());
+    QVERIFY2(app.start(kWindowTitle), "the main window did not appear");
+    QCOMPARE(app.windowSize(), QSize(817, 539));
 
-    const QString window = findWindow(kWindowTitle);
-    QVERIFY2(!window.isEmpty(), "the main window did not appear");
-    QTest::qWait(1000); // first paint
-    const QPoint origin = windowPosition(window);
-    QVERIFY(origin.x() >= 0 && origin.y() >= 0);
-    const QRect windowRect(origin, QSize(817, 539));
-
-    const QImage start = screenshot(shots + "/0-start.png", windowRect);
+    const QImage start = app.windowShot(shots + "/0-start.png");
     QVERIFY(!start.isNull());
     const int listBottomBefore = lowestContentRow(start, kForegrounds);
     QVERIFY2(listBottomBefore > kForegrounds.top(), "the sample photos should be listed");
 
     // "Add", then the path typed into Qt's file dialog and Return.
-    QVERIFY(clickAt(window, kAddButton.center()));
-    const QString fileDialog = findWindow(kAddDialogTitle);
+    QVERIFY(app.click(kAddButton.center()));
+    const QString fileDialog = testsupport::DesktopSession::findWindow(kAddDialogTitle);
     QVERIFY2(!fileDialog.isEmpty(), "the add dialog did not open");
     QTest::qWait(500);
-    QVERIFY(xdotool({"mousemove", "--sync", "--window", fileDialog, "60", "60"}));
-    xdotool({"windowfocus", "--sync", fileDialog});
-    QVERIFY(xdotool({"type", "--delay", "15", photo}));
-    QTest::qWait(300);
-    QVERIFY(xdotool({"key", "Return"}));
+    bool ok = false;
+    testsupport::DesktopSession::xdotool({"mousemove", "--sync", "--window", fileDialog, "60", "60"}, &ok);
+    QVERIFY(ok);
+    testsupport::DesktopSession::xdotool({"windowfocus", "--sync", fileDialog});
+    QVERIFY(app.type(photo));
+    QVERIFY(app.key(QStringLiteral("Return")));
     // A completion list may take the first Return.
     QElapsedTimer waited;
     waited.start();
-    while (windowExists(kAddDialogTitle) && waited.elapsed() < 8000) {
+    while (testsupport::DesktopSession::windowExists(kAddDialogTitle) && waited.elapsed() < 8000) {
         QTest::qWait(700);
-        if (windowExists(kAddDialogTitle))
-            xdotool({"key", "Return"});
+        if (testsupport::DesktopSession::windowExists(kAddDialogTitle))
+            app.key(QStringLiteral("Return"));
     }
-    QVERIFY2(!windowExists(kAddDialogTitle), "the add dialog did not close");
+    QVERIFY2(!testsupport::DesktopSession::windowExists(kAddDialogTitle), "the add dialog did not close");
     QTest::qWait(800);
 
-    const QImage added = screenshot(shots + "/1-added.png", windowRect);
+    const QImage added = app.windowShot(shots + "/1-added.png");
     QVERIFY(!added.isNull());
     // One more row in FOREGROUNDS.
     const int listBottomAfter = lowestContentRow(added, kForegrounds);
@@ -248,9 +148,9 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
 
     // Click the backdrop. The whole view is taken to span the whole photo, so
     // view point (42, 18) keys on photo pixel (19, 15), backdrop.
-    QVERIFY(clickAt(window, kPreview.topLeft() + QPoint(44, 20)));
+    QVERIFY(app.click(kPreview.topLeft() + QPoint(44, 20)));
     QTest::qWait(1000);
-    const QImage keyed = screenshot(shots + "/2-keyed.png", windowRect);
+    const QImage keyed = app.windowShot(shots + "/2-keyed.png");
     QVERIFY(!keyed.isNull());
     // Points of the shown photo's backdrop (its upper corners) and of its
     // subject (the middle of the body).
@@ -263,9 +163,9 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
     QVERIFY(colourDistance(keyed.pixel(body), QColor(added.pixel(body))) < 30);
 
     // Choose the second background: the photo is keyed again at the same point.
-    QVERIFY(clickAt(window, kBackgrounds.topLeft() + QPoint(40, 100)));
+    QVERIFY(app.click(kBackgrounds.topLeft() + QPoint(40, 100)));
     QTest::qWait(1000);
-    const QImage rekeyed = screenshot(shots + "/3-other-background.png", windowRect);
+    const QImage rekeyed = app.windowShot(shots + "/3-other-background.png");
     QVERIFY(!rekeyed.isNull());
     for (const QPoint& p : backdropPoints)
         QVERIFY2(!isBackdrop(rekeyed.pixel(p)), "the backdrop should show the new background");
@@ -273,7 +173,8 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
     const QRect upperBackdrop(shown.left() + 2, shown.top() + 2, shown.width() - 4, shown.height() / 8);
     QVERIFY2(meanDifference(keyed, rekeyed, upperBackdrop) > 20, "the backdrop should change with the background");
 
-    stopApp();
+    QVERIFY(app.key(QStringLiteral("Escape")));
+    QCOMPARE(app.waitForExit(), 0);
     QCOMPARE(bytesOf(photo), photoBytes);
     for (auto it = shipped.cbegin(); it != shipped.cend(); ++it)
         QCOMPARE(bytesOf(it.key()), it.value());

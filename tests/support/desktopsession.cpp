@@ -15,6 +15,10 @@ DesktopSession::DesktopSession(const QString& home, const QProcessEnvironment& e
     e.insert(QStringLiteral("HOME"), home);
     e.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     e.remove(QStringLiteral("QT_LOGGING_RULES"));
+    // Qt's own file dialog, never a desktop's native one.
+    e.insert(QStringLiteral("QT_QPA_PLATFORMTHEME"), QStringLiteral("generic"));
+    e.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
+    e.remove(QStringLiteral("DESKTOP_SESSION"));
     m_process.setProcessEnvironment(e);
     m_process.setWorkingDirectory(QStringLiteral(PLENDRA_BUILD_DIR));
     m_process.setProgram(QStringLiteral(PLENDRA_BUNDLE_EXE));
@@ -39,26 +43,37 @@ QString DesktopSession::xdotool(const QStringList& arguments, bool* ok)
     return QString::fromUtf8(run.readAllStandardOutput()).trimmed();
 }
 
+QString DesktopSession::findWindow(const QString& title, int milliseconds)
+{
+    const QString pattern = QLatin1Char('^') + QRegularExpression::escape(title) + QLatin1Char('$');
+    QElapsedTimer clock;
+    clock.start();
+    do {
+        bool ok = false;
+        const QString found = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), pattern}, &ok);
+        if (ok && !found.isEmpty())
+            return found.split(QLatin1Char('\n')).first();
+        QThread::msleep(200);
+    } while (clock.elapsed() < milliseconds);
+    return QString();
+}
+
+bool DesktopSession::windowExists(const QString& title)
+{
+    return !findWindow(title, 0).isEmpty();
+}
+
 bool DesktopSession::start(const QString& title)
 {
     m_process.start();
     if (!m_process.waitForStarted(10000))
         return false;
-    const QString pattern = QLatin1Char('^') + QRegularExpression::escape(title) + QLatin1Char('$');
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 30000 && m_process.state() == QProcess::Running) {
-        bool ok = false;
-        const QString found = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), pattern}, &ok);
-        if (ok && !found.isEmpty()) {
-            m_windowId = found.split(QLatin1Char('\n')).first();
-            // Let the first paint land before anyone looks.
-            QThread::msleep(700);
-            return readGeometry();
-        }
-        QThread::msleep(200);
-    }
-    return false;
+    m_windowId = findWindow(title, 30000);
+    if (m_windowId.isEmpty())
+        return false;
+    // Let the first paint land before anyone looks.
+    QThread::msleep(700);
+    return readGeometry();
 }
 
 bool DesktopSession::readGeometry()

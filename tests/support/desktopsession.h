@@ -44,6 +44,10 @@ public:
 
     // Runs xdotool with these arguments and returns what it printed.
     static QString xdotool(const QStringList& arguments, bool* ok = nullptr);
+    // The id of a shown window with exactly this title (the program's own or
+    // one of its dialogs), waiting up to `milliseconds`; empty when none came.
+    static QString findWindow(const QString& title, int milliseconds = 20000);
+    static bool windowExists(const QString& title);
 
 private:
     bool readGeometry();
