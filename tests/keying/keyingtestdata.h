@@ -6,6 +6,8 @@
 
 #include <QImage>
 #include <QList>
+#include <QPair>
+#include <QTest>
 #include <QRandomGenerator>
 #include <QRgb>
 
@@ -15,6 +17,32 @@
 #include <cstring>
 
 namespace keyingdata {
+
+using NamedFormat = QPair<QImage::Format, const char*>;
+
+// The pixel formats a loaded photo can have.
+inline const QList<NamedFormat> kPhotoFormats = {
+    {QImage::Format_RGB32, "RGB32"},
+    {QImage::Format_ARGB32, "ARGB32"},
+    {QImage::Format_ARGB32_Premultiplied, "ARGB32_Premultiplied"},
+    {QImage::Format_Grayscale8, "Grayscale8"},
+    {QImage::Format_Grayscale16, "Grayscale16"},
+    {QImage::Format_RGBA64, "RGBA64"},
+    {QImage::Format_RGB888, "RGB888"},
+    {QImage::Format_Indexed8, "Indexed8"},
+    {QImage::Format_RGB16, "RGB16"},
+};
+
+// A data row "<photo> over <background>" for every pair of these formats, in
+// the columns photoFormat and backgroundFormat.
+inline void addFormatPairRows(const QList<NamedFormat>& formats)
+{
+    QTest::addColumn<QImage::Format>("photoFormat");
+    QTest::addColumn<QImage::Format>("backgroundFormat");
+    for (const NamedFormat& photo : formats)
+        for (const NamedFormat& background : formats)
+            QTest::addRow("%s over %s", photo.second, background.second) << photo.first << background.first;
+}
 
 inline int clamp255(int v) { return std::clamp(v, 0, 255); }
 

@@ -172,19 +172,14 @@ void TestAlternatives::isChange()
 
 void TestAlternatives::maskOut2MatchesOracle_data()
 {
-    QTest::addColumn<QImage::Format>("photoFormat");
-    QTest::addColumn<QImage::Format>("backgroundFormat");
-    const QList<QPair<QImage::Format, const char*>> formats = {
+    keyingdata::addFormatPairRows({
         {QImage::Format_RGB32, "RGB32"},
         {QImage::Format_ARGB32, "ARGB32"},
         {QImage::Format_ARGB32_Premultiplied, "ARGB32_Premultiplied"},
         {QImage::Format_RGB888, "RGB888"},
         {QImage::Format_Grayscale8, "Grayscale8"},
         {QImage::Format_Indexed8, "Indexed8"},
-    };
-    for (const auto& photo : formats)
-        for (const auto& background : formats)
-            QTest::addRow("%s over %s", photo.second, background.second) << photo.first << background.first;
+    });
 }
 
 void TestAlternatives::maskOut2MatchesOracle()

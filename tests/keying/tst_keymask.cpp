@@ -285,22 +285,7 @@ void TestKeyMask::emptyImageIsLeftAlone()
 
 void TestKeyMask::matchesOracleInEveryFormat_data()
 {
-    QTest::addColumn<QImage::Format>("photoFormat");
-    QTest::addColumn<QImage::Format>("backgroundFormat");
-    const QList<QPair<QImage::Format, const char*>> formats = {
-        {QImage::Format_RGB32, "RGB32"},
-        {QImage::Format_ARGB32, "ARGB32"},
-        {QImage::Format_ARGB32_Premultiplied, "ARGB32_Premultiplied"},
-        {QImage::Format_Grayscale8, "Grayscale8"},
-        {QImage::Format_Grayscale16, "Grayscale16"},
-        {QImage::Format_RGBA64, "RGBA64"},
-        {QImage::Format_RGB888, "RGB888"},
-        {QImage::Format_Indexed8, "Indexed8"},
-        {QImage::Format_RGB16, "RGB16"},
-    };
-    for (const auto& photo : formats)
-        for (const auto& background : formats)
-            QTest::addRow("%s over %s", photo.second, background.second) << photo.first << background.first;
+    keyingdata::addFormatPairRows(keyingdata::kPhotoFormats);
 }
 
 void TestKeyMask::matchesOracleInEveryFormat()
