@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/globals.h"
-#include "app/imagelimits.h"
-#include "app/outputfolder.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
+#include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
 
 #include <QApplication>

@@ -4,8 +4,8 @@
 // same image, and the whole click in the preview next to a bare decode of the
 // JPEG it reloads. Prints megapixels per second and the ratios, then the peak
 // memory of a click on a 45 megapixel photo, measured in a fresh process.
-#include "app/globals.h"
-#include "app/imagelimits.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
 #include "bench/benchphotos.h"
 #include "bench/peakmemory.h"
 #include "keying/keymask.h"

@@ -6,8 +6,8 @@
 // the click (foreground, background, composite, decoder and temporaries).
 #include "bench/peakmemory.h"
 
-#include "app/globals.h"
-#include "app/imagelimits.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
 #include "bench/benchphotos.h"
 #include "mainwindow/dialog.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "forms/advanced.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "output/outputchoices.h"
 #include "ui_advanced.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "forms/feedback.h"
 
-#include "app/webaddress.h"
+#include "state/webaddress.h"
 #include "ui_feedback.h"
 
 #include <QDesktopServices>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "forms/helprequest.h"
 
-#include "app/webaddress.h"
+#include "state/webaddress.h"
 #include "ui_helprequest.h"
 
 #include <QDesktopServices>

@@ -23,6 +23,12 @@ inline const QStringList kWatchedFolderNameFilters = {
     QStringLiteral("*.bmp"), QStringLiteral("*.png"), QStringLiteral("*.xpm"),
 };
 
+// Name filters of the "Bkg" folder beside the bundle: only PNG and JPEG
+// pictures, whatever the letter case, are taken from it.
+inline const QStringList kBackgroundLibraryNameFilters = {
+    QStringLiteral("*.PNG"), QStringLiteral("*.JPG"), QStringLiteral("*.png"), QStringLiteral("*.jpg"),
+};
+
 // True when a dropped path counts as an image.
 inline bool hasDroppedImageEnding(const QString& path)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "intake/preset.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "ui_preset.h"
 
 #include <QEvent>

@@ -4,12 +4,13 @@
 #include "keying/keymask_tuning.h"
 #include "keying/keyrows.h"
 
+#include <QSemaphore>
+#include <QThreadPool>
+
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <cmath>
-#include <system_error>
-#include <thread>
-#include <vector>
 
 namespace keying {
 
@@ -62,7 +63,7 @@ int threadsFor(const QImage& img, int wanted)
     int threads = wanted;
     if (threads <= 0) {
         const qsizetype pixels = qsizetype(img.width()) * img.height();
-        threads = pixels >= kParallelKeyingPixels ? int(std::thread::hardware_concurrency()) : 1;
+        threads = pixels >= kParallelKeyingPixels ? QThreadPool::globalInstance()->maxThreadCount() : 1;
     }
     return std::clamp(threads, 1, std::max(1, img.height()));
 }
@@ -71,7 +72,7 @@ int threadsFor(const QImage& img, int wanted)
 
 bool wideVectorsAvailable()
 {
-#ifdef PLENDRA_KEYING_HAS_WIDE
+#ifdef PLENDRA_KEYING_HAS_AVX2
     static const bool available = [] {
         __builtin_cpu_init();
         return __builtin_cpu_supports("avx2") != 0;
@@ -131,10 +132,13 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
     whole.endRow = img.height();
 
     const MaskOutPlan plan = planMaskOut(img, bkg, options);
-    void (*keyBand)(const rows::Key&, const rows::Band&) = &rows::keyBandBaseline;
-#ifdef PLENDRA_KEYING_HAS_WIDE
+    void (*keyBand)(const rows::Key&, const rows::Band&) = &rows::keyRowsPortable;
+#ifdef PLENDRA_KEYING_HAS_SSE2
+    keyBand = &rows::keyRowsSse2;
+#endif
+#ifdef PLENDRA_KEYING_HAS_AVX2
     if (plan.path == VectorPath::Wide)
-        keyBand = &rows::keyBandWide;
+        keyBand = &rows::keyRowsAvx2;
 #endif
 
     if (plan.threads <= 1) {
@@ -146,7 +150,9 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
     // one band per thread: a core that is busy with another program takes
     // fewer runs, and the call does not wait for its band. This thread keys
     // runs too and returns only when every run is done, so callers see one
-    // blocking call.
+    // blocking call. Helpers come from Qt's shared pool and only when a
+    // thread is free there at once: when every pool thread is busy (a batch
+    // keying several photos at a time), this thread simply keys all rows.
     const int height = img.height();
     const int run = std::clamp(height / (plan.threads * 16), 1, 64);
     std::atomic<int> nextRow{0};
@@ -161,18 +167,21 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
             keyBand(rowKey, b);
         }
     };
-    std::vector<std::thread> helpers;
-    helpers.reserve(std::size_t(plan.threads - 1));
+    // Each helper holds the semaphore too, so that its last release never
+    // touches a semaphore this call has already dropped.
+    const auto finished = std::make_shared<QSemaphore>();
+    int helpers = 0;
+    QThreadPool* pool = QThreadPool::globalInstance();
     for (int i = 1; i < plan.threads; ++i) {
-        try {
-            helpers.emplace_back(keyRuns);
-        } catch (const std::system_error&) {
-            break; // no more threads to be had: the others take the rows
-        }
+        if (!pool->tryStart([&keyRuns, finished] {
+                keyRuns();
+                finished->release();
+            }))
+            break;
+        ++helpers;
     }
     keyRuns();
-    for (std::thread& t : helpers)
-        t.join();
+    finished->acquire(helpers);
 }
 
 } // namespace keying

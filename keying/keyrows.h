@@ -40,10 +40,16 @@ struct Band
     int endRow;
 };
 
-void keyBandBaseline(const Key& key, const Band& band);
+// One loop per instruction set, each named by what it needs; the caller picks
+// one per keying pass. Each keys the band's rows in place.
+void keyRowsPortable(const Key& key, const Band& band);
+#if defined(__SSE2__)
+#define PLENDRA_KEYING_HAS_SSE2 1
+void keyRowsSse2(const Key& key, const Band& band);
+#endif
 #if defined(__x86_64__) || defined(__i386__)
-#define PLENDRA_KEYING_HAS_WIDE 1
-void keyBandWide(const Key& key, const Band& band);
+#define PLENDRA_KEYING_HAS_AVX2 1
+void keyRowsAvx2(const Key& key, const Band& band);
 #endif
 
 } // namespace keying::rows

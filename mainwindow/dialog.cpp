@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "mainwindow/dialog.h"
 
-#include "app/globals.h"
-#include "app/version.h"
-#include "app/webaddress.h"
-#include "mainwindow/thumbnail.h"
+#include "state/globals.h"
+#include "state/version.h"
+#include "state/webaddress.h"
+#include "intake/folderscan.h"
+#include "intake/hotfolder.h"
+#include "intake/thumbnail.h"
+#include "keying/pipeline.h"
 #include "ui_dialog.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDesktopServices>
-#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileSystemWatcher>
 #include <QGraphicsScene>
@@ -42,6 +44,8 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     m_watcher = new QFileSystemWatcher(this);
     connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, &Dialog::handleDirectoryChanged);
     connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &Dialog::handleDirectoryChanged);
+    m_hotFolderChanges = new HotFolderChanges(&MyGlobal::log, this);
+    connect(m_hotFolderChanges, &HotFolderChanges::newestPhoto, this, &Dialog::showNewestHotPhoto);
 
     addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/1green.JPG"));
     addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/blue1.JPG"));
@@ -64,19 +68,14 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 
     ui->Run->setDefault(true);
 
-    QDir backgrounds(MyGlobal::appDir + QDir::separator() + QStringLiteral("Bkg"));
-    backgrounds.setNameFilters({QStringLiteral("*.PNG"), QStringLiteral("*.JPG"), QStringLiteral("*.png"),
-                                QStringLiteral("*.jpg")});
-    const QStringList names = backgrounds.entryList();
-    for (const QString& name : names)
-        addStartupThumbnail(ui->listWidget_Bk, backgrounds.absolutePath() + QDir::separator() + name);
+    for (const QString& path : backgroundLibraryPaths(MyGlobal::appDir))
+        addStartupThumbnail(ui->listWidget_Bk, path);
 
     ui->listWidget_Bk->setCurrentRow(0);
     const QList<QListWidgetItem*> chosen = ui->listWidget_Bk->selectedItems();
     if (!chosen.isEmpty()) {
         MyGlobal::CurSelectionBk = chosen.first()->data(Qt::DisplayRole).toString();
-        m_bkg.load(MyGlobal::CurSelectionBk);
-        m_bkg = m_bkg.scaled(m_foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+        m_bkg = keying::fittedBackground(QImage(MyGlobal::CurSelectionBk), m_foreground.size());
     }
 
     // Adding the only angle makes it current, which runs the rotation handler

@@ -8,15 +8,18 @@
 #include <QString>
 #include <QTimer>
 
+class HotFolderChanges;
 class QFileSystemWatcher;
 class QGraphicsScene;
 class QListWidgetItem;
 class Ui_Dialog;
 
 // The main window: FOREGROUNDS on the left, BACKGROUNDS on the right, the
-// preview in the middle and "Save Image" under it. Its behaviour is spread
-// over the subsystems' folders: keying in mainwindow/dialog_keying.cpp and
-// dialog_rotation.cpp, the lists in intake/, saving in output/.
+// preview in the middle and "Save Image" under it. Its members are defined in
+// this folder, one file per concern (dialog_keying.cpp, dialog_rotation.cpp,
+// dialog_foregrounds.cpp, dialog_backgrounds.cpp, dialog_hotfolder.cpp,
+// dialog_save.cpp); the work itself is done by the keying, intake and output
+// libraries, which know nothing of the window.
 class Dialog : public QDialog
 {
     Q_OBJECT
@@ -84,8 +87,12 @@ private:
     // Lists these photos in FOREGROUNDS, makes the last one current and shows
     // it; with none, shows the current photo again as read from its file.
     void addForegroundsAndShowLast(const QStringList& paths);
+    // Lists a new photo of the hot folder at the end of FOREGROUNDS and shows
+    // it, as it is, without keying it.
+    void showNewestHotPhoto(const QString& path);
 
     QFileSystemWatcher* m_watcher = nullptr;
+    HotFolderChanges* m_hotFolderChanges = nullptr;
     Ui_Dialog* ui = nullptr;
     // Written only by the placement slots; 0 until then (no region), so that
     // nothing ever reads an unset value.

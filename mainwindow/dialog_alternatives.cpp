@@ -3,7 +3,7 @@
 // keying engine, against the window's background and placement choice.
 #include "mainwindow/dialog.h"
 
-#include "app/fatal.h"
+#include "state/fatal.h"
 #include "keying/alternatives.h"
 
 #include <QFont>

@@ -3,9 +3,10 @@
 // the foreground is keyed against the background, and the preview is redrawn.
 #include "mainwindow/dialog.h"
 
-#include "app/fatal.h"
-#include "app/globals.h"
+#include "state/fatal.h"
+#include "state/globals.h"
 #include "keying/keymask.h"
+#include "keying/pipeline.h"
 #include "ui_dialog.h"
 
 #include <QGraphicsScene>
@@ -20,11 +21,8 @@ void Dialog::GVClicked(int x, int y)
 
     // The whole view widget, frame included, is taken to span the whole photo,
     // whatever the photo's shape; the preview's letterboxing is ignored.
-    const int px = m_foreground.width() * x / ui->graphicsView->width();
-    const int py = m_foreground.height() * y / ui->graphicsView->height();
-    const unsigned int key = m_foreground.pixel(px, py);
-
-    MaskOut(m_foreground, key);
+    const QPoint pixel = keying::sampledPixel(m_foreground.size(), QPoint(x, y), ui->graphicsView->size());
+    MaskOut(m_foreground, keying::keyColourAt(m_foreground, pixel));
     UpdateScene();
 }
 

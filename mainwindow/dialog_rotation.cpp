@@ -2,21 +2,17 @@
 // Rotation of the foreground and the 3 x 3 placement choices.
 #include "mainwindow/dialog.h"
 
-#include "app/globals.h"
+#include "keying/pipeline.h"
+#include "state/globals.h"
 #include "ui_dialog.h"
 
-#include <QTransform>
 
 void Dialog::Rotate()
 {
-    QTransform turn;
-    turn.rotate(ui->Rotation->currentText().toInt());
-
-    m_foreground = QImage(MyGlobal::CurSelection);
-    m_foreground = m_foreground.transformed(turn, Qt::FastTransformation);
+    m_foreground = keying::photoAsKeyed(MyGlobal::CurSelection, ui->Rotation->currentText().toInt());
     // Scaled from its current pixels, not reloaded: only choosing a background
     // reads its file again.
-    m_bkg = m_bkg.scaled(m_foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());
 }
 
 void Dialog::on_Rotation_currentIndexChanged(QString)

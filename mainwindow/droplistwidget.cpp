@@ -2,7 +2,7 @@
 #include "mainwindow/droplistwidget.h"
 
 #include "intake/imagetypes.h"
-#include "mainwindow/thumbnail.h"
+#include "intake/thumbnail.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>

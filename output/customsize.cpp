@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "output/customsize.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "ui_customsize.h"
 
 #include <QEvent>

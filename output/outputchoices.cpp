@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "output/outputchoices.h"
 
-#include "mainwindow/dialog.h"
-#include "output/customsize.h"
 
 OutputSize OutputSizes[kOutputSizeCount] = {
     {0, -1, -1},
@@ -15,13 +13,3 @@ OutputSize OutputSizes[kOutputSizeCount] = {
 const OutputFormat OutputFormats[kOutputFormatCount] = {
     {0, "JPG"}, {1, "PNG"}, {1, "TIFF"}, {1, "BMP"}, {1, "PPM"}, {1, "XPM"},
 };
-
-// Only "Custom Size" does anything: it asks for the size and remembers it.
-// The other entries are offered but not stored, since saving ignores them.
-void Dialog::on_comboBox_currentIndexChanged(int index)
-{
-    if (index != kCustomSizeIndex)
-        return;
-    CustomSize ask(nullptr);
-    ask.exec();
-}

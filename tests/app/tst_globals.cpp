@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The process-wide state before anything touches it.
-#include "app/globals.h"
-#include "app/version.h"
+#include "state/globals.h"
+#include "state/version.h"
 #include "output/outputchoices.h"
 
 #include <QFont>

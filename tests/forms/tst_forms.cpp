@@ -4,8 +4,8 @@
 // bar, pickers and ways out). The browser is never started: the web address's
 // scheme is routed to a recorder for the whole run.
 
-#include "app/globals.h"
-#include "app/webaddress.h"
+#include "state/globals.h"
+#include "state/webaddress.h"
 #include "forms/advanced.h"
 #include "forms/feedback.h"
 #include "forms/helprequest.h"

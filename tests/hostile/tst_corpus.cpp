@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the image loader makes of each hostile file: the ground truth the
 // entry-point tests build on.
-#include "app/imagelimits.h"
+#include "state/imagelimits.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/hostile_intake/hostileintake.h"
 
-#include "app/globals.h"
-#include "app/imagelimits.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
 #include "tests/intake/intakefixture.h"
 

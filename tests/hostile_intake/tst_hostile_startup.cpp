@@ -5,7 +5,7 @@
 #include "tests/hostile_intake/hostileintake.h"
 #include "tests/intake/intakefixture.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The folders around a save: a home without "Documents" or with a file in its
 // place, a read-only or missing output folder, a missing "Bkg" folder.
-#include "app/globals.h"
-#include "app/imagelimits.h"
-#include "app/outputfolder.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
+#include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
 #include "tests/output/outputtestsupport.h"

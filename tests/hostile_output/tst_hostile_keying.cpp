@@ -3,8 +3,8 @@
 // background: chosen, keyed by presses on the preview, re-keyed by a change of
 // background, and saved. Unreadable backgrounds give a null background, and
 // with a key point set the size assertion, in a child process.
-#include "app/globals.h"
-#include "app/imagelimits.h"
+#include "state/globals.h"
+#include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
 #include "tests/output/outputtestsupport.h"

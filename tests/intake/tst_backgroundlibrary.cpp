@@ -4,7 +4,7 @@
 
 #include "tests/intake/intakefixture.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "keying/keymask.h"
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"

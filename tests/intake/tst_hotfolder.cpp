@@ -4,7 +4,7 @@
 
 #include "tests/intake/intakefixture.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "intake/preset.h"
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"

@@ -3,7 +3,7 @@
 // tolerance keyer with its size checks, the dark-or-light region estimate and
 // the font size for a text over a photo; engine functions and the window's
 // members that hand them the background and the placement choice.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "keying/alternatives.h"
 #include "mainwindow/dialog.h"
 #include "tests/keying/keyingoracle.h"

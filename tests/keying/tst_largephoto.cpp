@@ -2,7 +2,7 @@
 // A 100-megapixel photo (12000 x 8400, the size of a medium-format camera's
 // files) loads once the program has raised the image reader's limit at start,
 // and keys like any other photo.
-#include "app/imagelimits.h"
+#include "state/imagelimits.h"
 #include "keying/keymask.h"
 #include "tests/keying/keyingoracle.h"
 #include "tests/support/testsupport.h"

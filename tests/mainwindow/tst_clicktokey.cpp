@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A click in the preview keys the photo; rotation and the fatal checks.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "tests/support/testsupport.h"
 #include "ui_dialog.h"

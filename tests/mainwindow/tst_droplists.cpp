@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The preview view's presses and the thumbnail lists' drops.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/gview.h"

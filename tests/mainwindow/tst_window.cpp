@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The main window as built: its widget tree, its settings, what the
 // constructor puts into it, and its small handlers.
-#include "app/globals.h"
-#include "app/webaddress.h"
+#include "state/globals.h"
+#include "state/webaddress.h"
 #include "mainwindow/dialog.h"
 #include "tests/support/testsupport.h"
 #include "ui_dialog.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The output size and format tables, the custom-size dialog and the size box
 // of the main window.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "output/customsize.h"
 #include "output/outputchoices.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // "Save Image" and the output folder choice, driven on the real window.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "keying/keymask.h"
 #include "mainwindow/dialog.h"
 #include "tests/output/outputtestsupport.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/testsupport.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "ui_dialog.h"
 

@@ -3,10 +3,11 @@
 // used where they lie: nothing is copied into "Bkg" and nothing is deleted.
 #include "mainwindow/dialog.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "intake/imagetypes.h"
 #include "intake/listremoval.h"
-#include "mainwindow/thumbnail.h"
+#include "intake/thumbnail.h"
+#include "keying/pipeline.h"
 #include "ui_dialog.h"
 
 #include <QFileDialog>
@@ -17,9 +18,7 @@ namespace {
 // Reads the background afresh from its file and fits it to the foreground.
 QImage loadBackgroundFor(const QString& path, const QImage& foreground)
 {
-    QImage background;
-    background.load(path);
-    return background.scaled(foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    return keying::fittedBackground(QImage(path), foreground.size());
 }
 
 } // namespace

@@ -39,7 +39,7 @@
 //    large photos, as it broke the steady streams through memory.
 #include "keying/keyrows.h"
 
-#ifdef PLENDRA_KEYING_HAS_WIDE
+#ifdef PLENDRA_KEYING_HAS_AVX2
 
 #include <immintrin.h>
 
@@ -173,7 +173,7 @@ __attribute__((target("avx2"))) void keyBand(const Key& key, const Band& band)
 
 } // namespace
 
-__attribute__((target("avx2"))) void keyBandWide(const Key& key, const Band& band)
+__attribute__((target("avx2"))) void keyRowsAvx2(const Key& key, const Band& band)
 {
     if (key.darkRuleCanFail)
         keyBand<true>(key, band);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/fatal.h"
+#include "state/fatal.h"
 
 #include <cstdio>
 #include <cstdlib>

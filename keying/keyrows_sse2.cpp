@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The key mask's row loop every processor runs: on x86 four pixels per SSE2
-// register, elsewhere the per-pixel decision itself on row pointers. Processors
-// with AVX2 take keyrows_wide.cpp instead (chosen at run time by the caller).
+// The key mask's row loop for SSE2, which every x86-64 processor has: four
+// pixels per register. Processors with AVX2 take keyrows_avx2.cpp instead and
+// others keyrows_portable.cpp (chosen once per call by the caller).
 //
 // Why the SSE2 steps equal the per-pixel rule (c' is a channel with 0 counted
 // as 1; D is the dominant channel of the key, O the other of green and blue,
@@ -33,11 +33,9 @@
 //    four is written back whole, which keeps the loop free of branches.
 #include "keying/keyrows.h"
 
-#if defined(__SSE2__)
+#ifdef PLENDRA_KEYING_HAS_SSE2
+
 #include <emmintrin.h>
-#else
-#include "keying/keymask.h"
-#endif
 
 #include <cstring>
 
@@ -45,7 +43,6 @@ namespace keying::rows {
 
 namespace {
 
-#if defined(__SSE2__)
 
 // Two signed 16-bit weights for the multiply-add of a (D', b') pair.
 __m128i weights(int onDominant, int onOther)
@@ -166,54 +163,16 @@ void keyBand(const Key& key, const Band& band)
     }
 }
 
-#else
-
-// Without SSE2 (other processors): the per-pixel decision on row pointers.
-void keyBand(const Key& key, const Band& band)
-{
-    KeyColour k;
-    k.r = float(key.red);
-    k.g = float(key.dominantShift == 8 ? key.dominant : key.other);
-    k.b = float(key.dominantShift == 8 ? key.other : key.dominant);
-    k.greenKey = key.dominantShift == 8;
-    k.blueKey = !k.greenKey;
-    for (int y = band.firstRow; y < band.endRow; ++y) {
-        auto* photoRow = reinterpret_cast<std::uint32_t*>(band.photo + y * band.photoStride);
-        const auto* bkgRow = reinterpret_cast<const std::uint32_t*>(band.background + y * band.backgroundStride);
-        for (int x = 0; x < band.width; ++x) {
-            if (isBackdrop(k, photoRow[x]))
-                photoRow[x] = bkgRow[x] | key.backgroundFill;
-        }
-    }
-}
-
-#endif
-
 } // namespace
 
-Key rowKey(std::int32_t red, std::int32_t green, std::int32_t blue, bool greenKey, std::uint32_t backgroundFill)
+void keyRowsSse2(const Key& key, const Band& band)
 {
-    Key k;
-    k.red = red;
-    k.dominant = greenKey ? green : blue;
-    k.other = greenKey ? blue : green;
-    k.dominantShift = greenKey ? 8 : 0;
-    k.otherShift = greenKey ? 0 : 8;
-    k.backgroundFill = backgroundFill;
-    k.darkRuleCanFail = k.dominant < 147;
-    return k;
-}
-
-void keyBandBaseline(const Key& key, const Band& band)
-{
-#if defined(__SSE2__)
     if (key.darkRuleCanFail)
         keyBand<true>(key, band);
     else
         keyBand<false>(key, band);
-#else
-    keyBand(key, band);
-#endif
 }
 
 } // namespace keying::rows
+
+#endif // PLENDRA_KEYING_HAS_SSE2

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "mainwindow/thumbnail.h"
+#include "intake/thumbnail.h"
 
 #include <QPixmap>
 

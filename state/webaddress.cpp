@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/webaddress.h"
+#include "state/webaddress.h"
 
 QString productWebAddress()
 {

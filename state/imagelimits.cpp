@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/imagelimits.h"
+#include "state/imagelimits.h"
 
 #include <QImageReader>
 

@@ -2,11 +2,12 @@
 // The FOREGROUNDS list: adding, removing and choosing the photos to key.
 #include "mainwindow/dialog.h"
 
-#include "app/fatal.h"
-#include "app/globals.h"
+#include "state/fatal.h"
+#include "state/globals.h"
 #include "intake/imagetypes.h"
 #include "intake/listremoval.h"
-#include "mainwindow/thumbnail.h"
+#include "intake/thumbnail.h"
+#include "keying/pipeline.h"
 #include "ui_dialog.h"
 
 #include <QDropEvent>
@@ -47,7 +48,7 @@ void Dialog::addForegroundsAndShowLast(const QStringList& paths)
     // current photo is read again from its file and the background follows
     // its size; the key point is left as it is.
     m_foreground.load(MyGlobal::CurSelection);
-    m_bkg = m_bkg.scaled(m_foreground.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());
     UpdateScene();
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/globals.h"
+#include "state/globals.h"
 
 QString MyGlobal::appDir;
 QString MyGlobal::HotFolder_FG;
