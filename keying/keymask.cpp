@@ -68,6 +68,81 @@ int threadsFor(const QImage& img, int wanted)
     return std::clamp(threads, 1, std::max(1, img.height()));
 }
 
+using RowLoop = void (*)(const rows::Key&, const rows::Band&);
+
+// The row loop for a vector path, chosen once per keying pass.
+RowLoop rowLoopFor(VectorPath path)
+{
+    RowLoop loop = &rows::keyRowsPortable;
+#ifdef PLENDRA_KEYING_HAS_SSE2
+    loop = &rows::keyRowsSse2;
+#endif
+#ifdef PLENDRA_KEYING_HAS_AVX2
+    if (path == VectorPath::Wide)
+        loop = &rows::keyRowsAvx2;
+#else
+    static_cast<void>(path);
+#endif
+    return loop;
+}
+
+rows::Band wholeImage(QImage& img, const QImage& bkg)
+{
+    rows::Band whole;
+    whole.photo = img.bits();
+    whole.background = bkg.constBits();
+    whole.photoStride = img.bytesPerLine();
+    whole.backgroundStride = bkg.bytesPerLine();
+    whole.width = img.width();
+    whole.firstRow = 0;
+    whole.endRow = img.height();
+    return whole;
+}
+
+// Keys every row of `whole` with `loop` on up to `threads` threads, and
+// returns when all rows are done. Rows are handed out in short runs from a
+// shared counter rather than in one band per thread: a core that is busy with
+// another program takes fewer runs, and the call does not wait for its band.
+// This thread keys runs too. Helpers come from Qt's shared pool, and only
+// when a pool thread is free at once: when every one is busy (a batch keying
+// several photos at a time), this thread simply keys all rows itself.
+void keyRowsOnPool(RowLoop loop, const rows::Key& key, const rows::Band& whole, int threads)
+{
+    if (threads <= 1) {
+        loop(key, whole);
+        return;
+    }
+    const int height = whole.endRow;
+    const int run = std::clamp(height / (threads * 16), 1, 64);
+    std::atomic<int> nextRow{0};
+    auto keyRuns = [&] {
+        for (;;) {
+            const int first = nextRow.fetch_add(run, std::memory_order_relaxed);
+            if (first >= height)
+                return;
+            rows::Band b = whole;
+            b.firstRow = first;
+            b.endRow = std::min(first + run, height);
+            loop(key, b);
+        }
+    };
+    // Each helper holds the semaphore too, so that its last release never
+    // touches a semaphore this call has already dropped.
+    const auto finished = std::make_shared<QSemaphore>();
+    int helpers = 0;
+    QThreadPool* pool = QThreadPool::globalInstance();
+    for (int i = 1; i < threads; ++i) {
+        if (!pool->tryStart([&keyRuns, finished] {
+                keyRuns();
+                finished->release();
+            }))
+            break;
+        ++helpers;
+    }
+    keyRuns();
+    finished->acquire(helpers);
+}
+
 } // namespace
 
 bool wideVectorsAvailable()
@@ -119,69 +194,10 @@ void maskOut(QImage& img, const QImage& bkg, QRgb key, const MaskOutOptions& opt
         ? 0xFF000000u : 0u;
     const rows::Key rowKey = rows::rowKey(static_cast<std::int32_t>(k.r), static_cast<std::int32_t>(k.g),
                                           static_cast<std::int32_t>(k.b), k.greenKey, fill);
-
-    // bits() detaches a shared photo once, here on the calling thread; the
-    // worker threads only touch raw rows.
-    rows::Band whole;
-    whole.photo = img.bits();
-    whole.background = bkg.constBits();
-    whole.photoStride = img.bytesPerLine();
-    whole.backgroundStride = bkg.bytesPerLine();
-    whole.width = img.width();
-    whole.firstRow = 0;
-    whole.endRow = img.height();
-
     const MaskOutPlan plan = planMaskOut(img, bkg, options);
-    void (*keyBand)(const rows::Key&, const rows::Band&) = &rows::keyRowsPortable;
-#ifdef PLENDRA_KEYING_HAS_SSE2
-    keyBand = &rows::keyRowsSse2;
-#endif
-#ifdef PLENDRA_KEYING_HAS_AVX2
-    if (plan.path == VectorPath::Wide)
-        keyBand = &rows::keyRowsAvx2;
-#endif
-
-    if (plan.threads <= 1) {
-        keyBand(rowKey, whole);
-        return;
-    }
-
-    // Rows are handed out in short runs from a shared counter rather than in
-    // one band per thread: a core that is busy with another program takes
-    // fewer runs, and the call does not wait for its band. This thread keys
-    // runs too and returns only when every run is done, so callers see one
-    // blocking call. Helpers come from Qt's shared pool and only when a
-    // thread is free there at once: when every pool thread is busy (a batch
-    // keying several photos at a time), this thread simply keys all rows.
-    const int height = img.height();
-    const int run = std::clamp(height / (plan.threads * 16), 1, 64);
-    std::atomic<int> nextRow{0};
-    auto keyRuns = [&] {
-        for (;;) {
-            const int first = nextRow.fetch_add(run, std::memory_order_relaxed);
-            if (first >= height)
-                return;
-            rows::Band b = whole;
-            b.firstRow = first;
-            b.endRow = std::min(first + run, height);
-            keyBand(rowKey, b);
-        }
-    };
-    // Each helper holds the semaphore too, so that its last release never
-    // touches a semaphore this call has already dropped.
-    const auto finished = std::make_shared<QSemaphore>();
-    int helpers = 0;
-    QThreadPool* pool = QThreadPool::globalInstance();
-    for (int i = 1; i < plan.threads; ++i) {
-        if (!pool->tryStart([&keyRuns, finished] {
-                keyRuns();
-                finished->release();
-            }))
-            break;
-        ++helpers;
-    }
-    keyRuns();
-    finished->acquire(helpers);
+    // bits() detaches a shared photo once, here on the calling thread; the
+    // pool's threads only touch raw rows.
+    keyRowsOnPool(rowLoopFor(plan.path), rowKey, wholeImage(img, bkg), plan.threads);
 }
 
 } // namespace keying
