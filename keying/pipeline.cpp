@@ -3,6 +3,7 @@
 
 #include "keying/keymask.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QSaveFile>
@@ -81,17 +82,26 @@ QByteArray formatForName(const QString& path)
 
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality)
 {
+    // The image is encoded in memory first: an encoder never meets a failing
+    // disk half-way (some leave their buffers behind when they do), and the
+    // file is only opened once there is a whole image to put in it.
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format.isEmpty() ? formatForName(path) : format);
+    writer.setQuality(quality);
+    if (!writer.write(image))
+        return false;
+
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    QImageWriter writer(&file, format.isEmpty() ? formatForName(path) : format);
-    writer.setQuality(quality);
-    if (!writer.write(image)) {
+    if (file.write(encoded) != encoded.size()) {
         file.cancelWriting();
         return false;
     }
     // Only a complete file replaces the earlier one; a full disk or a lost
-    // folder leaves it as it was.
+    // folder leaves it as it was, and no temporary file behind.
     return file.commit();
 }
 
