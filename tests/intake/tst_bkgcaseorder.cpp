@@ -5,7 +5,7 @@
 
 #include "tests/intake/intakefixture.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 
 #include <QApplication>

@@ -5,7 +5,7 @@
 // int, reads as 0). A pair with no 0 in it is stored and closes the dialog,
 // negative numbers included; otherwise the message comes up and the dialog
 // stays open with its fields as typed.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "output/customsize.h"
 #include "tests/output/outputtestsupport.h"
 #include "tests/support/testsupport.h"

@@ -3,7 +3,7 @@
 // whose name holds a double quote and a backslash: the composite is written
 // under the photo's exact name, and the desktop opener gets the two paths
 // appended unquoted to its command line, cut into arguments at the blanks.
-#include "app/globals.h"
+#include "state/globals.h"
 #include "mainwindow/dialog.h"
 #include "tests/intake/intakefixture.h"
 #include "tests/output/outputtestsupport.h"
