@@ -29,9 +29,9 @@ else()
   # the Arial-compatible face the window is drawn with, and the desktop opener.
   set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-image-formats-plugins, fonts-liberation, xdg-utils")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+  # The synopsis is the summary above; this is the extended description.
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-      "replace a green or blue photo backdrop with a background photo
-Plendra keeps foreground photos, shot in front of a green or blue backdrop,
+      "Plendra keeps foreground photos, shot in front of a green or blue backdrop,
 and background photos in two thumbnail lists. Pick one of each, click the
 backdrop in the preview, and every backdrop pixel is replaced by the
 background pixel at the same place. Save Image writes the composite into
