@@ -65,7 +65,9 @@ done
 while IFS= read -r path; do
   [[ $path == /. || $path == /usr ]] && continue
   [[ $path == /usr/* ]] || fail "$path lies outside /usr"
-  [[ $(dirname "$path") == /usr && -f $path ]] && fail "$path lies at the prefix's root"
+  if [[ $(dirname "$path") == /usr && ! -d $path ]]; then
+    fail "$path lies at the prefix's root"
+  fi
 done <<<"$listing"
 [[ $(ls /usr/share/plendra/Bkg | wc -l) -gt 0 ]] || fail "no backgrounds installed"
 echo "The window's icon at 512 pixels: $(file -b /usr/share/icons/hicolor/512x512/apps/org.plendra.Plendra.png)"
