@@ -14,6 +14,10 @@ add_custom_command(OUTPUT "${icns}"
   COMMAND iconutil -c icns -o "${icns}" "${iconset}"
   DEPENDS plendra_iconsizes "${icon_source}"
   COMMENT "Making Plendra.icns from the window icon")
+# The rule lives in this folder, so a target here makes it run before the
+# program's bundle is put together.
+add_custom_target(plendra_icns DEPENDS "${icns}")
+add_dependencies(Plendra plendra_icns)
 target_sources(Plendra PRIVATE "${icns}")
 set_source_files_properties("${icns}" PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
 
