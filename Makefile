@@ -8,7 +8,7 @@ WERROR ?= OFF
 GENERATOR := $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 
-.PHONY: all deps configure build run test bench sanitize clean
+.PHONY: all deps configure build run test package package-test bench sanitize clean
 
 all: build
 
@@ -31,8 +31,18 @@ run: configure
 	cmake --build $(BUILD) -j $(JOBS) --target Plendra
 	cd $(BUILD) && ./Plendra.app/Contents/MacOS/Plendra
 
+# Every test but the package's, which installs and removes a system package.
 test: build
-	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) -LE package
+
+# The .deb (a disk image on macOS), in build/package/.
+package: build
+	cmake --build $(BUILD) --target package
+
+# Builds the .deb, installs it with apt-get, keys and saves with the installed
+# program, removes it. Needs root (CI runs it on a throwaway machine).
+package-test: build
+	cd $(BUILD) && ctest --output-on-failure -L package
 
 # A separate optimised tree, so that the benchmark never measures a debug build.
 bench: deps
@@ -53,7 +63,7 @@ sanitize: deps
 	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1:detect_stack_use_after_return=1 \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/lsan.supp:print_suppressions=0 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --output-on-failure -j $(JOBS) -LE e2e
+	  ctest --output-on-failure -j $(JOBS) -LE "e2e|package"
 
 
 clean:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "app/desktopscale.h"
 #include "state/globals.h"
 #include "state/imagelimits.h"
+#include "state/launchenvironment.h"
 #include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
 
@@ -10,12 +12,16 @@
 
 int main(int argc, char* argv[])
 {
-    // The window's fixed geometry was drawn for point sizes rendered at 72 dots
-    // per inch, as on macOS; other desktops render points larger and would
-    // clip the labels. A user's own setting still wins.
-    if (!qEnvironmentVariableIsSet("QT_FONT_DPI"))
-        qputenv("QT_FONT_DPI", "72");
+    // Before anything is set for this window alone: the programs it starts
+    // get the user's environment as it was.
+    rememberLaunchEnvironment();
+    // Points at 72 dpi, as the fixed layout was drawn for, times the desktop's
+    // scale, so that a 2x screen scales the whole window.
+    drawPointsAt72DpiTimesDesktopScale();
     QApplication app(argc, argv);
+    // Docks and task bars on Wayland and X11 group the window with the
+    // desktop entry of this name.
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.plendra.Plendra"));
     allowLargePhotos();
     // The window keeps slots named after controls it does not show (an output
     // folder button, a size box); Qt would warn about each at every start.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "output/opener.h"
 
+#include "state/launchenvironment.h"
+
 #include <QProcess>
 #include <QStringList>
 
@@ -23,5 +25,12 @@ void openOnDesktop(const QString& path)
     const QStringList words = QProcess::splitCommand(kDesktopOpener + QStringLiteral(" ") + path);
     if (words.isEmpty())
         return;
-    QProcess::execute(words.first(), words.mid(1));
+    // The opener starts the user's own viewer and file manager: it gets the
+    // environment the user started us with, not the font resolution and scale
+    // this window sets for itself. Like execute(), it waits for the opener.
+    QProcess opener;
+    opener.setProcessEnvironment(launchEnvironment());
+    opener.setProcessChannelMode(QProcess::ForwardedChannels);
+    opener.start(words.first(), words.mid(1));
+    opener.waitForFinished(-1);
 }

@@ -8,7 +8,9 @@ debian_packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins libgl-dev
   libbenchmark-dev zlib1g-dev
-  xvfb xauth xdotool imagemagick
+  libxcb1-dev
+  xvfb xauth xdotool imagemagick x11-xserver-utils
+  dpkg-dev file lintian appstream desktop-file-utils
   fonts-dejavu-core fonts-liberation qt6-qpa-plugins
 )
 

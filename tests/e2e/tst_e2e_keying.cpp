@@ -59,6 +59,7 @@ private slots:
 
         // The sample's backdrop fills the upper-left part of the photo.
         QVERIFY(app.click(kPreview.topLeft() + QPoint(70, 90)));
+        // This shot is also the README's picture, docs/screenshot.png.
         const QImage after = app.windowShot(keep(QStringLiteral("keying-after.png")));
         const double greenAfter = testsupport::greenShare(after, kPreview);
         QVERIFY2(greenAfter < greenBefore / 4, qPrintable(QString("%1 -> %2").arg(greenBefore).arg(greenAfter)));

@@ -25,6 +25,13 @@ DesktopSession::DesktopSession(const QString& home, const QProcessEnvironment& e
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
 }
 
+void DesktopSession::useProgram(const QString& program, const QString& workingDirectory)
+{
+    m_process.setProgram(program);
+    if (!workingDirectory.isEmpty())
+        m_process.setWorkingDirectory(workingDirectory);
+}
+
 DesktopSession::~DesktopSession()
 {
     if (m_process.state() != QProcess::NotRunning) {

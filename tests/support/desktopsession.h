@@ -21,6 +21,10 @@ public:
     explicit DesktopSession(const QString& home, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment());
     ~DesktopSession();
 
+    // Starts another program instead of the built bundle (an installed
+    // launcher, say), in `workingDirectory` when one is given.
+    void useProgram(const QString& program, const QString& workingDirectory = QString());
+
     // Starts the bundle in the build folder and waits until a window with this
     // title is shown; false when it did not appear within the time limit.
     bool start(const QString& title = QStringLiteral("Plendra - photo v1.3"));
