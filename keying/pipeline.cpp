@@ -59,6 +59,12 @@ QImage composite(QImage photo, const QImage& fittedBackground, const QPoint& key
     return photo;
 }
 
+QImage compositeWithKey(QImage photo, const QImage& fittedBackground, QRgb key)
+{
+    maskOut(photo, fittedBackground, key);
+    return photo;
+}
+
 QImage savedForm(const QImage& composite)
 {
     if (composite.isNull())
@@ -81,18 +87,33 @@ QByteArray formatForName(const QString& path)
 
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality)
 {
+    return saveImageFile(image, path, format, quality, nullptr);
+}
+
+bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, QString* whyNot)
+{
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly)) {
+        if (whyNot)
+            *whyNot = file.errorString();
         return false;
+    }
     QImageWriter writer(&file, format.isEmpty() ? formatForName(path) : format);
     writer.setQuality(quality);
     if (!writer.write(image)) {
+        if (whyNot)
+            *whyNot = file.error() != QFileDevice::NoError ? file.errorString() : writer.errorString();
         file.cancelWriting();
         return false;
     }
     // Only a complete file replaces the earlier one; a full disk or a lost
     // folder leaves it as it was.
-    return file.commit();
+    if (!file.commit()) {
+        if (whyNot)
+            *whyNot = file.errorString();
+        return false;
+    }
+    return true;
 }
 
 bool saveComposite(const QImage& composite, const QString& path)
