@@ -7,6 +7,7 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QStorageInfo>
 
 namespace batch {
 
@@ -31,8 +32,15 @@ QImage keyedImage(const KeySettings& settings, BackgroundFits& fits, QImage phot
     return keying::savedForm(keyed);
 }
 
-QString writeError(const QString& outputPath, const QString& why)
+// The writer names a failed device write only as a write error; a disk with
+// less room left than the image's pixels is the usual cause, and is named.
+QString writeError(const QString& outputPath, const QString& why, const QImage& image)
 {
+    const QStorageInfo disk(QFileInfo(outputPath).absolutePath());
+    if (disk.isValid() && disk.bytesAvailable() < image.sizeInBytes()) {
+        return QStringLiteral("cannot write %1: no space left on the output disk (%2 kB free)")
+            .arg(outputPath).arg(disk.bytesAvailable() / 1024);
+    }
     return QStringLiteral("cannot write %1: %2").arg(outputPath, why.isEmpty() ? QStringLiteral("unknown error") : why);
 }
 
@@ -79,7 +87,7 @@ PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QS
     const int quality = (format == "jpg" || format == "jpeg") ? settings.quality : -1;
     QString why;
     if (!keying::saveImageFile(keyed, outputPath, format, quality, &why))
-        return finish(writeError(outputPath, why));
+        return finish(writeError(outputPath, why, keyed));
     return finish(QString());
 }
 
