@@ -10,7 +10,7 @@ debian_packages=(
   libbenchmark-dev zlib1g-dev
   xvfb xauth xdotool imagemagick
   fonts-dejavu-core fonts-liberation qt6-qpa-plugins
-  ffmpeg parallel time
+  ffmpeg parallel time bc
 )
 
 if [[ "$(uname -s)" == "Darwin" ]]; then
