@@ -50,41 +50,72 @@ KeySettings keySettingsFor(const BatchOptions& o)
     return s;
 }
 
+// What a run starts from once its arguments have been checked.
+struct Prepared
+{
+    QImage background;
+    QString output;
+    GatheredPhotos gathered;
+};
+
+// Reads the background, makes the output folder and lists the photos; a
+// usage failure's exit status when any of it cannot be done.
+int prepare(const BatchOptions& o, Prepared& p)
+{
+    if (!o.transparent) {
+        p.background = QImage(o.background);
+        if (p.background.isNull())
+            return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
+    }
+    p.output = readyOutputFolder(o.outputFolder);
+    if (p.output.isEmpty())
+        return usageFailure(QStringLiteral("cannot create the output folder %1").arg(o.outputFolder));
+    p.gathered = gatherPhotos(o.inputs);
+    if (o.watch && p.gathered.folders.isEmpty())
+        return usageFailure(QStringLiteral("--watch needs a FOLDER to watch"));
+    for (const QString& folder : std::as_const(p.gathered.folders)) {
+        if (o.watch && sameFolder(folder, p.output))
+            return usageFailure(QStringLiteral("the output folder %1 is watched: its composites would be keyed again").arg(p.output));
+    }
+    return 0;
+}
+
+// Queues the photos named: all of this machine's share of a fixed run; with
+// a watch only the photos named one by one, since the folders' photos, old
+// and new, go through the watch, which waits until each is complete.
+void submitNamedPhotos(const BatchOptions& o, const GatheredPhotos& gathered, BatchRun& run)
+{
+    if (!o.watch) {
+        for (const QString& photo : shareOf(gathered.photos, o.shard, o.shards))
+            run.submit(photo);
+        return;
+    }
+    for (const QString& photo : gathered.photos) {
+        if (o.inputs.contains(photo) && inShareByName(photo, o.shard, o.shards))
+            run.submit(photo);
+    }
+}
+
 } // namespace
 
 int runBatch(const BatchOptions& o)
 {
-    QImage background;
-    if (!o.transparent) {
-        background = QImage(o.background);
-        if (background.isNull())
-            return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
-    }
-    const QString output = readyOutputFolder(o.outputFolder);
-    if (output.isEmpty())
-        return usageFailure(QStringLiteral("cannot create the output folder %1").arg(o.outputFolder));
-
-    const GatheredPhotos gathered = gatherPhotos(o.inputs);
-    if (o.watch && gathered.folders.isEmpty())
-        return usageFailure(QStringLiteral("--watch needs a FOLDER to watch"));
-    for (const QString& folder : gathered.folders) {
-        if (o.watch && sameFolder(folder, output))
-            return usageFailure(QStringLiteral("the output folder %1 is watched: its composites would be keyed again").arg(output));
-    }
+    Prepared p;
+    if (const int failure = prepare(o, p))
+        return failure;
 
     Reporter reporter(reportStyleFor(o.json, o.watch), stdout, stderr);
-    for (const QString& problem : gathered.problems)
+    for (const QString& problem : std::as_const(p.gathered.problems))
         reporter.problem(problem);
 
-    BatchRun run(keySettingsFor(o), background, output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), reporter);
+    BatchRun run(keySettingsFor(o), p.background, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), reporter);
     StopSignals stops;
     bool stopping = false;
     QObject::connect(&run, &BatchRun::idle, [&] {
         if (!o.watch || stopping)
             QCoreApplication::quit();
     });
-
-    HotFolderWatch watch(gathered.folders, o.settleMs,
+    HotFolderWatch watch(p.gathered.folders, o.settleMs,
                          [&](const QString& photo) { return inShareByName(photo, o.shard, o.shards); });
     QObject::connect(&watch, &HotFolderWatch::photoReady, &run, &BatchRun::submit);
     QObject::connect(&watch, &HotFolderWatch::photoWaiting, [](const QString& photo, const QString& why) {
@@ -97,19 +128,11 @@ int runBatch(const BatchOptions& o)
         run.reportWhenIdle();
     });
 
-    if (o.watch) {
-        // Photos named one by one are keyed now; the folders' photos, old and
-        // new, go through the watch, which waits until each is complete.
-        for (const QString& photo : gathered.photos) {
-            if (!QFileInfo(photo).isDir() && o.inputs.contains(photo) && inShareByName(photo, o.shard, o.shards))
-                run.submit(photo);
-        }
+    submitNamedPhotos(o, p.gathered, run);
+    if (o.watch)
         watch.start();
-    } else {
-        for (const QString& photo : shareOf(gathered.photos, o.shard, o.shards))
-            run.submit(photo);
+    else
         run.reportWhenIdle();
-    }
     QCoreApplication::exec();
     reporter.finish();
 
