@@ -39,17 +39,29 @@ best_of_3() {
   echo "$best"
 }
 
+# A figure counts only when the run wrote every composite.
+check() {
+  local n; n=$(find "$work/out" -name '*.jpg' -size +0 | wc -l)
+  [[ "$n" -eq 16 ]] || { echo "$1 wrote $n of 16 composites" >&2; exit 1; }
+}
+
 key=0,0
 colour='#28B43C'
 t_tool=$(best_of_3 "$tool" -j "$jobs" -b "$work/beach.jpg" -k "$key" -o "$work/out" "$work/shoot")
+check plendra-batch
 t_floor=$(best_of_3 "$floor" "$jobs" "$work/out" "$work"/shoot/*.jpg)
-t_magick=$(best_of_3 parallel -j "$jobs" \
+check floor
+# -q: the commands reach the tools as these words, not through a shell.
+t_magick=$(best_of_3 parallel -q -j "$jobs" \
   convert "$work/beach.jpg" '(' {} -fuzz 25% -transparent "$colour" ')' -composite -quality 75 "$work/out/{/}" \
   ::: "$work"/shoot/*.jpg)
-t_ffmpeg=$(best_of_3 parallel -j "$jobs" \
+check magick
+t_ffmpeg=$(best_of_3 parallel -q -j "$jobs" \
   ffmpeg -nostdin -loglevel error -y -i "$work/beach.jpg" -i {} \
   -filter_complex "[1:v]colorkey=0x28B43C:0.25:0.05[k];[0:v][k]overlay" -frames:v 1 -q:v 5 "$work/out/{/}" \
   ::: "$work"/shoot/*.jpg)
+
+check ffmpeg
 
 peak_kb() { fresh; /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F: '/Maximum resident set size/ {gsub(/ /,"",$2); print $2}'; }
 m16=$(peak_kb "$tool" -j "$jobs" -b "$work/beach.jpg" -k "$key" -o "$work/out" "$work/shoot")
