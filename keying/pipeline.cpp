@@ -60,6 +60,12 @@ QImage composite(QImage photo, const QImage& fittedBackground, const QPoint& key
     return photo;
 }
 
+QImage compositeWithKey(QImage photo, const QImage& fittedBackground, QRgb key)
+{
+    maskOut(photo, fittedBackground, key);
+    return photo;
+}
+
 QImage savedForm(const QImage& composite)
 {
     if (composite.isNull())
@@ -82,6 +88,11 @@ QByteArray formatForName(const QString& path)
 
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality)
 {
+    return saveImageFile(image, path, format, quality, nullptr);
+}
+
+bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, QString* whyNot)
+{
     // The image is encoded in memory first: an encoder never meets a failing
     // disk half-way (some leave their buffers behind when they do), and the
     // file is only opened once there is a whole image to put in it.
@@ -90,19 +101,32 @@ bool saveImageFile(const QImage& image, const QString& path, const QByteArray& f
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format.isEmpty() ? formatForName(path) : format);
     writer.setQuality(quality);
-    if (!writer.write(image))
+    if (!writer.write(image)) {
+        if (whyNot)
+            *whyNot = writer.errorString();
         return false;
+    }
 
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly)) {
+        if (whyNot)
+            *whyNot = file.errorString();
         return false;
+    }
     if (file.write(encoded) != encoded.size()) {
+        if (whyNot)
+            *whyNot = file.errorString();
         file.cancelWriting();
         return false;
     }
     // Only a complete file replaces the earlier one; a full disk or a lost
     // folder leaves it as it was, and no temporary file behind.
-    return file.commit();
+    if (!file.commit()) {
+        if (whyNot)
+            *whyNot = file.errorString();
+        return false;
+    }
+    return true;
 }
 
 bool saveComposite(const QImage& composite, const QString& path)

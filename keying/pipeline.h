@@ -38,6 +38,10 @@ QRgb keyColourAt(const QImage& photo, const QPoint& pixel);
 // size) with the colour of the photo pixel `keyPixel`.
 QImage composite(QImage photo, const QImage& fittedBackground, const QPoint& keyPixel);
 
+// The same composite for a key colour chosen beforehand instead of sampled
+// from the photo.
+QImage compositeWithKey(QImage photo, const QImage& fittedBackground, QRgb key);
+
 // The composite as the window holds it for saving: what a pixmap made from
 // it gives back as an image on a 32-bit screen. Photos without transparency
 // become 32-bit RGB; photos with some transparency premultiplied ARGB.
@@ -52,6 +56,10 @@ QByteArray formatForName(const QString& path);
 // whole beside its target and then renamed onto it, so a failed save leaves
 // the earlier file, or none, and never part of one. False on failure.
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format = {}, int quality = -1);
+
+// The same save, telling why it failed in `whyNot` (the writer's or the
+// file's own words, as "No space left on device").
+bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, QString* whyNot);
 
 // The composite as the file "Save Image" writes: its saved form, in the
 // format of the path's suffix, at the writer's default quality.

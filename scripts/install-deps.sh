@@ -12,6 +12,7 @@ debian_packages=(
   xvfb xauth xdotool imagemagick x11-xserver-utils
   dpkg-dev file lintian appstream desktop-file-utils
   fonts-dejavu-core fonts-liberation qt6-qpa-plugins
+  ffmpeg parallel time bc
 )
 
 if [[ "$(uname -s)" == "Darwin" ]]; then

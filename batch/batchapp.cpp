@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "batch/batchapp.h"
+
+#include "batch/batchrun.h"
+#include "batch/hotfolderwatch.h"
+#include "batch/outputnaming.h"
+#include "batch/photocheck.h"
+#include "batch/photolist.h"
+#include "batch/report.h"
+#include "batch/stopsignals.h"
+#include "output/outputfolder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QThread>
+
+#include <cstdio>
+
+namespace batch {
+
+namespace {
+
+int usageFailure(const QString& message)
+{
+    std::fprintf(stderr, "plendra-batch: %s\n%s\n", qUtf8Printable(message), qUtf8Printable(usageLine()));
+    return 2;
+}
+
+// The folder composites go to, made when missing; empty when it cannot be.
+QString readyOutputFolder(const QString& asked)
+{
+    const QString folder = asked.isEmpty() ? defaultOutputFolder(QDir::homePath()) : asked;
+    if (!QDir().mkpath(folder) || !QFileInfo(folder).isDir())
+        return QString();
+    return QDir(folder).absolutePath();
+}
+
+KeySettings keySettingsFor(const BatchOptions& o)
+{
+    KeySettings s;
+    s.keyPoint = o.keyPoint;
+    s.keyColour = o.keyColour;
+    s.format = o.format;
+    s.quality = o.quality;
+    s.transparent = o.transparent;
+    s.measureShare = o.json;
+    s.skipWhenNewer = o.watch;
+    return s;
+}
+
+// What a run starts from once its arguments have been checked.
+struct Prepared
+{
+    QImage background;
+    QString output;
+    GatheredPhotos gathered;
+};
+
+// Reads the background, makes the output folder and lists the photos; a
+// usage failure's exit status when any of it cannot be done.
+int prepare(const BatchOptions& o, Prepared& p)
+{
+    if (!o.transparent) {
+        p.background = QImage(o.background);
+        if (p.background.isNull())
+            return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
+    }
+    p.output = readyOutputFolder(o.outputFolder);
+    if (p.output.isEmpty())
+        return usageFailure(QStringLiteral("cannot create the output folder %1").arg(o.outputFolder));
+    p.gathered = gatherPhotos(o.inputs);
+    if (o.watch && p.gathered.folders.isEmpty())
+        return usageFailure(QStringLiteral("--watch needs a FOLDER to watch"));
+    for (const QString& folder : std::as_const(p.gathered.folders)) {
+        if (o.watch && sameFolder(folder, p.output))
+            return usageFailure(QStringLiteral("the output folder %1 is watched: its composites would be keyed again").arg(p.output));
+    }
+    return 0;
+}
+
+// Queues the photos named: all of this machine's share of a fixed run; with
+// a watch only the photos named one by one, since the folders' photos, old
+// and new, go through the watch, which waits until each is complete.
+void submitNamedPhotos(const BatchOptions& o, const GatheredPhotos& gathered, BatchRun& run)
+{
+    if (!o.watch) {
+        for (const QString& photo : shareOf(gathered.photos, o.shard, o.shards))
+            run.submit(photo);
+        return;
+    }
+    for (const QString& photo : gathered.photos) {
+        if (o.inputs.contains(photo) && inShareByName(photo, o.shard, o.shards))
+            run.submit(photo);
+    }
+}
+
+} // namespace
+
+int runBatch(const BatchOptions& o)
+{
+    Prepared p;
+    if (const int failure = prepare(o, p))
+        return failure;
+
+    Reporter reporter(reportStyleFor(o.json, o.watch), stdout, stderr);
+    for (const QString& problem : std::as_const(p.gathered.problems))
+        reporter.problem(problem);
+
+    BatchRun run(keySettingsFor(o), p.background, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), reporter);
+    StopSignals stops;
+    bool stopping = false;
+    QObject::connect(&run, &BatchRun::idle, [&] {
+        if (!o.watch || stopping)
+            QCoreApplication::quit();
+    });
+    HotFolderWatch watch(p.gathered.folders, o.settleMs,
+                         [&](const QString& photo) { return inShareByName(photo, o.shard, o.shards); });
+    QObject::connect(&watch, &HotFolderWatch::photoReady, &run, &BatchRun::submit);
+    QObject::connect(&watch, &HotFolderWatch::photoWaiting, [](const QString& photo, const QString& why) {
+        std::fprintf(stderr, "plendra-batch: %s: waiting: %s\n", qUtf8Printable(photo), qUtf8Printable(why));
+    });
+    QObject::connect(&stops, &StopSignals::stopRequested, [&] {
+        stopping = true;
+        watch.stop();
+        run.stop();
+        run.reportWhenIdle();
+    });
+
+    submitNamedPhotos(o, p.gathered, run);
+    if (o.watch)
+        watch.start();
+    else
+        run.reportWhenIdle();
+    QCoreApplication::exec();
+    reporter.finish();
+
+    if (run.notKeyed() > 0)
+        std::fprintf(stderr, "plendra-batch: stopped: %d photos not keyed\n", run.notKeyed());
+    if (o.watch && stopping)
+        return 0; // a watch ends by a signal; its failures were named as they came
+    return (reporter.failed() > 0 || run.notKeyed() > 0) ? 1 : 0;
+}
+
+} // namespace batch

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// What a plendra-batch run is asked to do, read from its command line.
+
+#include <QByteArray>
+#include <QPoint>
+#include <QRgb>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace batch {
+
+struct BatchOptions
+{
+    QString background;             // empty only with `transparent`
+    std::optional<QPoint> keyPoint; // photo pixel the key colour is taken from
+    std::optional<QRgb> keyColour;  // or a fixed key colour
+    QString outputFolder;           // empty: the window's output folder
+    QByteArray format;              // "jpg", "png", "tif", "bmp"; empty: the photo's own suffix
+    int quality = -1;               // -1: the writer's default, as the window writes
+    bool transparent = false;
+    bool watch = false;
+    int jobs = 0;                   // 0: one per core
+    int shard = 1;                  // take share `shard` of `shards`
+    int shards = 1;
+    bool json = false;
+    int settleMs = 1000;            // how long a watched photo must stay unchanged
+    QStringList inputs;             // photos and folders, as given
+};
+
+// The outcome of reading the command line: options to run with, or the text
+// to print and the exit status when the run ends right away (help, version,
+// usage error).
+struct ParsedCommandLine
+{
+    BatchOptions options;
+    bool runs = false;
+    int exitCode = 0;
+    QString standardOutput;
+    QString standardError;
+};
+
+// `arguments` includes the program name first, as QCoreApplication gives it.
+ParsedCommandLine parseCommandLine(const QStringList& arguments);
+
+// The first line of the help, shown under a usage error.
+QString usageLine();
+
+} // namespace batch

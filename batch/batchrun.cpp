@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "batch/batchrun.h"
+
+#include "batch/outputnaming.h"
+
+#include <QFileInfo>
+
+namespace batch {
+
+BatchRun::BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs,
+                   Reporter& reporter, QObject* parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_outputFolder(outputFolder)
+    , m_reporter(reporter)
+    , m_fits(std::move(background))
+{
+    m_pool.setMaxThreadCount(jobs);
+}
+
+BatchRun::~BatchRun()
+{
+    m_stopping = true;
+    m_pool.waitForDone();
+}
+
+void BatchRun::submit(const QString& photo)
+{
+    const QString output = outputPathFor(m_outputFolder, photo, m_settings.format);
+    PhotoResult refused;
+    refused.photo = photo;
+    refused.output = output;
+    const QString owner = m_claimed.value(output);
+    if (wouldReplacePhoto(output, photo)) {
+        refused.error = QStringLiteral("refused: %1 is the photo itself; choose another output folder (-o) or format (-f)")
+                            .arg(output);
+    } else if (!owner.isEmpty() && QFileInfo(owner) != QFileInfo(photo)) {
+        refused.error = QStringLiteral("refused: %1 is already written from %2").arg(output, owner);
+    }
+    m_reporter.addToTotal(1);
+    if (!refused.error.isEmpty()) {
+        m_reporter.photoDone(refused);
+        return;
+    }
+    m_claimed.insert(output, photo);
+    ++m_pending;
+    m_pool.start([this, photo, output] {
+        if (m_stopping.load()) {
+            PhotoResult none;
+            none.photo = photo;
+            QMetaObject::invokeMethod(this, [this, none] { finished(none, true); }, Qt::QueuedConnection);
+            return;
+        }
+        const PhotoResult r = keyPhoto(m_settings, m_fits, photo, output);
+        QMetaObject::invokeMethod(this, [this, r] { finished(r, false); }, Qt::QueuedConnection);
+    });
+}
+
+void BatchRun::stop()
+{
+    m_stopping = true;
+}
+
+void BatchRun::reportWhenIdle()
+{
+    m_idleWanted = true;
+    if (m_pending == 0)
+        QMetaObject::invokeMethod(this, &BatchRun::idle, Qt::QueuedConnection);
+}
+
+void BatchRun::finished(const PhotoResult& result, bool cancelled)
+{
+    --m_pending;
+    if (cancelled)
+        ++m_cancelled;
+    else
+        m_reporter.photoDone(result);
+    if (m_pending == 0 && m_idleWanted)
+        emit idle();
+}
+
+} // namespace batch

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The photos of a run keyed on a pool of their own, at most `jobs` at once,
+// so that memory stays flat on a folder of any length. Results come back to
+// the thread that owns the run, in the order photos finish.
+
+#include "batch/backgroundfits.h"
+#include "batch/keyjob.h"
+#include "batch/report.h"
+
+#include <QHash>
+#include <QObject>
+#include <QThreadPool>
+
+#include <atomic>
+
+namespace batch {
+
+class BatchRun : public QObject
+{
+    Q_OBJECT
+
+public:
+    BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs,
+             Reporter& reporter, QObject* parent = nullptr);
+    ~BatchRun() override;
+
+    // Queues a photo; it is refused at once when its output would replace a
+    // photo or another photo of the run already writes that name.
+    void submit(const QString& photo);
+    // No queued photo starts any more; the ones being keyed are finished.
+    void stop();
+    // Emits idle() (later, from the event loop) once no photo is queued or
+    // being keyed; at once when none is.
+    void reportWhenIdle();
+
+    int notKeyed() const { return m_cancelled; }
+
+signals:
+    void idle();
+
+private:
+    void finished(const PhotoResult& result, bool cancelled);
+
+    const KeySettings m_settings;
+    const QString m_outputFolder;
+    Reporter& m_reporter;
+    BackgroundFits m_fits;
+    QHash<QString, QString> m_claimed; // output path -> the photo writing it
+    int m_pending = 0;
+    int m_cancelled = 0;
+    bool m_idleWanted = false;
+    std::atomic<bool> m_stopping{false};
+    QThreadPool m_pool; // last: its threads end before the members they use
+};
+
+} // namespace batch

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "batch/keyjob.h"
+
+#include "batch/photocheck.h"
+#include "keying/cutout.h"
+#include "keying/pipeline.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+namespace batch {
+
+namespace {
+
+bool outputIsNewer(const QString& outputPath, const QString& photoPath)
+{
+    const QFileInfo output(outputPath);
+    return output.exists() && output.lastModified() >= QFileInfo(photoPath).lastModified();
+}
+
+// The image to write: the composite in the form the window saves it, or the
+// cut-out.
+QImage keyedImage(const KeySettings& settings, BackgroundFits& fits, QImage photo, QRgb key)
+{
+    if (settings.transparent)
+        return keying::cutOut(photo, key);
+    const QImage fitted = fits.fittedTo(photo.size());
+    // The photo is handed over, not copied: keying changes it in place.
+    QImage keyed = settings.keyPoint ? keying::composite(std::move(photo), fitted, *settings.keyPoint)
+                                     : keying::compositeWithKey(std::move(photo), fitted, key);
+    return keying::savedForm(keyed);
+}
+
+// The writer names a failed device write only as a write error; a disk with
+// less room left than the image's pixels is the usual cause, and is named.
+QString writeError(const QString& outputPath, const QString& why, const QImage& image)
+{
+    const QStorageInfo disk(QFileInfo(outputPath).absolutePath());
+    if (disk.isValid() && disk.bytesAvailable() < image.sizeInBytes()) {
+        return QStringLiteral("cannot write %1: no space left on the output disk (%2 kB free)")
+            .arg(outputPath).arg(disk.bytesAvailable() / 1024);
+    }
+    return QStringLiteral("cannot write %1: %2").arg(outputPath, why.isEmpty() ? QStringLiteral("unknown error") : why);
+}
+
+} // namespace
+
+PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QString& photoPath,
+                     const QString& outputPath)
+{
+    QElapsedTimer clock;
+    clock.start();
+    PhotoResult r;
+    r.photo = photoPath;
+    r.output = outputPath;
+    auto finish = [&](const QString& error) {
+        r.error = error;
+        r.ms = clock.elapsed();
+        return r;
+    };
+
+    if (settings.skipWhenNewer && outputIsNewer(outputPath, photoPath)) {
+        r.skipped = true;
+        return finish(QString());
+    }
+    const QString cutShort = cutShortReason(photoPath);
+    if (!cutShort.isEmpty())
+        return finish(cutShort);
+    QImage photo = keying::photoAsKeyed(photoPath, 0);
+    if (photo.isNull() && !QFileInfo::exists(photoPath))
+        return finish(QStringLiteral("the photo is gone (deleted or moved after it was listed)"));
+    if (photo.isNull())
+        return finish(unreadableReason(photoPath));
+    if (settings.keyPoint && !photo.rect().contains(*settings.keyPoint)) {
+        return finish(QStringLiteral("the key point %1,%2 lies outside the %3 x %4 photo")
+                          .arg(settings.keyPoint->x()).arg(settings.keyPoint->y())
+                          .arg(photo.width()).arg(photo.height()));
+    }
+    const QRgb key = settings.keyPoint ? keying::keyColourAt(photo, *settings.keyPoint) : *settings.keyColour;
+    r.key = key;
+    if (settings.measureShare)
+        r.replacedShare = keying::backdropShare(photo, key);
+
+    const QImage keyed = keyedImage(settings, fits, std::move(photo), key);
+    const QByteArray format = settings.format.isEmpty() ? keying::formatForName(outputPath) : settings.format;
+    const int quality = (format == "jpg" || format == "jpeg") ? settings.quality : -1;
+    QString why;
+    if (!keying::saveImageFile(keyed, outputPath, format, quality, &why))
+        return finish(writeError(outputPath, why, keyed));
+    return finish(QString());
+}
+
+} // namespace batch

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Keying one photo of a run, start to finish, through the window's own photo
+// pipeline. Safe on any thread: it touches no widget and no pixmap.
+
+#include "batch/backgroundfits.h"
+
+#include <QByteArray>
+#include <QPoint>
+#include <QRgb>
+#include <QString>
+
+#include <optional>
+
+namespace batch {
+
+struct KeySettings
+{
+    std::optional<QPoint> keyPoint; // the photo pixel the key colour is taken from
+    std::optional<QRgb> keyColour;  // or a fixed key colour
+    QByteArray format;              // empty: the output name's suffix, as the window saves
+    int quality = -1;               // JPEG quality; -1 the writer's default
+    bool transparent = false;       // a cut-out instead of a composite
+    bool measureShare = false;      // work out the replaced share (an extra pass)
+    bool skipWhenNewer = false;     // leave a photo whose output is newer than it
+};
+
+struct PhotoResult
+{
+    QString photo;
+    QString output;
+    std::optional<QRgb> key;
+    double replacedShare = -1; // below 0 when not measured
+    qint64 ms = 0;
+    QString error;             // empty when the output was written (or skipped)
+    bool skipped = false;      // its output was newer already
+};
+
+// Keys `photoPath` with `settings` against `fits` and writes `outputPath`
+// whole or not at all.
+PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QString& photoPath,
+                     const QString& outputPath);
+
+} // namespace batch
