@@ -8,9 +8,10 @@
 #   share/plendra/...               the read-only data itself
 # Every link is relative, so the tree works wherever it is unpacked.
 
-# The batch tool is a target of batch/ when that folder is part of the tree.
+# The batch tool is the executable target of batch/ when that folder is part
+# of the tree.
 set(PLENDRA_BATCH_TARGET "")
-foreach(candidate plendra_batch plendra-batch)
+foreach(candidate plendra-batch)
   if(TARGET ${candidate} AND NOT PLENDRA_BATCH_TARGET)
     set(PLENDRA_BATCH_TARGET ${candidate})
   endif()

@@ -70,6 +70,10 @@ while IFS= read -r path; do
   fi
 done <<<"$listing"
 [[ $(ls /usr/share/plendra/Bkg | wc -l) -gt 0 ]] || fail "no backgrounds installed"
+if [[ $batch == ON ]]; then
+  version=$(/usr/bin/plendra-batch --version) || fail "the installed plendra-batch does not start"
+  echo "Installed: $version"
+fi
 echo "The window's icon at 512 pixels: $(file -b /usr/share/icons/hicolor/512x512/apps/org.plendra.Plendra.png)"
 
 # The installed program, from a fresh home, on a virtual screen.
