@@ -6,7 +6,9 @@
 #include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 #include "ui_dialog.h"
@@ -24,6 +26,7 @@
 #include <cstdio>
 
 using namespace hostileoutput;
+using namespace widgettest;
 
 namespace {
 
@@ -54,7 +57,7 @@ bool writeFile(const QString& path, const QByteArray& bytes)
 
 QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 {
-    const QString opener = outputtest::openerName() + QLatin1Char(' ');
+    const QString opener = testsupport::openerName() + QLatin1Char(' ');
     return {QProcess::splitCommand(opener + folder).mid(1), QProcess::splitCommand(opener + target).mid(1)};
 }
 
@@ -65,7 +68,7 @@ QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
     QFile probe(MyGlobal::outputDir + QStringLiteral("/probe"));
@@ -90,7 +93,7 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
     Dialog d;
@@ -112,7 +115,7 @@ private:
     QString m_samples;
     QString m_noBkgSamples;
     QMap<QString, QByteArray> m_inputs;
-    outputtest::RecordingOpener m_opener;
+    testsupport::RecordingOpener m_opener;
     QString m_home;
     QString m_output;
     QMap<QString, QByteArray> m_homeAtStart;
@@ -145,7 +148,7 @@ private slots:
     {
         m_output = testsupport::emptyHomeWithOutputFolder(m_home);
         QVERIFY(!m_output.isEmpty());
-        testsupport::resetGlobals();
+        widgettest::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();

@@ -7,7 +7,9 @@
 #include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 #include "ui_dialog.h"
@@ -28,6 +30,7 @@
 #include <cstdlib>
 
 using namespace hostileoutput;
+using namespace widgettest;
 using testsupport::HostileEntry;
 using testsupport::HostileKind;
 
@@ -51,7 +54,7 @@ QImage asPreview(const QImage& image) { return QPixmap::fromImage(image).toImage
 PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
     Dialog d;
@@ -77,7 +80,7 @@ private:
     QString m_samples;
     QList<HostileEntry> m_corpus;
     QMap<QString, QByteArray> m_inputs;
-    outputtest::RecordingOpener m_opener;
+    testsupport::RecordingOpener m_opener;
     QString m_home;
     QString m_output;
     QMap<QString, QByteArray> m_homeAtStart;
@@ -139,7 +142,7 @@ private slots:
         // An empty home holding the output folder that start-up makes.
         m_output = testsupport::emptyHomeWithOutputFolder(m_home);
         QVERIFY(!m_output.isEmpty());
-        testsupport::resetGlobals();
+        widgettest::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();
@@ -196,7 +199,7 @@ private slots:
             QVERIFY2(foreground == expected, where);
             QVERIFY2(DialogTestAccess::preview(d).toImage() == asPreview(expected), where);
             QCOMPARE(MyGlobal::xyClicked, at); // a press at the origin counts as none
-            const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(d));
+            const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
             QVERIFY(!shown.isNull());
             QVERIFY(shown.width() <= MyGlobal::PrevSize.width() && shown.height() <= MyGlobal::PrevSize.height());
         }
@@ -228,7 +231,7 @@ private slots:
         const QString target = m_output + QLatin1Char('/') + name;
         const QByteArray format = formatForSuffix(name);
         const QList<QStringList> expectedCalls = {{m_output},
-                                                  QProcess::splitCommand(outputtest::openerName() + QLatin1Char(' ') + target).mid(1)};
+                                                  QProcess::splitCommand(testsupport::openerName() + QLatin1Char(' ') + target).mid(1)};
         QCOMPARE(m_opener.calls(), expectedCalls);
         QCOMPARE(ui->listWidget->currentRow(), 0);
         QVERIFY(ui->Run->isEnabled());

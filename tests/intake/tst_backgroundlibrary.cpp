@@ -2,7 +2,7 @@
 // BACKGROUNDS: start-up filling from "Bkg", the "Add" dialog, "Remove" and
 // clicks on backgrounds with and without a key point.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "keying/keymask.h"
@@ -16,7 +16,7 @@
 #include <QListWidget>
 #include <QTest>
 
-using namespace intaketest;
+using namespace widgettest;
 
 namespace {
 
@@ -45,7 +45,7 @@ class TestBackgroundLibrary : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void bkgFolderListsPngAndJpgOnlyInNameOrder();
     void addDialogHasTheForegroundCaptionAndFilter();
@@ -70,7 +70,7 @@ void TestBackgroundLibrary::bkgFolderListsPngAndJpgOnlyInNameOrder()
     // The window read "Bkg" before c.gif was there; a second window reads it now.
     Dialog again;
     Ui_Dialog* ui = DialogTestAccess::ui(again);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/A.JPG"));
     QVERIFY(samePixels(DialogTestAccess::background(again), fitted(w.path("Bkg/A.JPG"), QSize(320, 240))));
     // Start-up thumbnails are square.
@@ -108,7 +108,7 @@ void TestBackgroundLibrary::addingTwoBackgroundsMakesTheSecondCurrentWithoutRedr
     clickButton(ui->AddBackground);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk),
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk),
              QStringList({w.path("Bkg/a.jpg"), w.path("Bkg/b.png"), first, second}));
     QCOMPARE(ui->listWidget_Bk->currentRow(), 3);
     QCOMPARE(selectedTexts(ui->listWidget_Bk), QStringList({second}));
@@ -185,7 +185,7 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
     Ui_Dialog* ui = DialogTestAccess::ui(d);
-    const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(d));
+    const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
     clickRow(ui->listWidget_Bk, 1);
@@ -193,7 +193,7 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
     QCOMPARE(selectedTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png")}));
     QVERIFY(samePixels(DialogTestAccess::background(d), fitted(w.path("Bkg/b.png"), QSize(320, 240))));
     QVERIFY(!previewRedrawnSinceMark(d));
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shown.cacheKey());
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shown.cacheKey());
     QCOMPARE(MyGlobal::xyClicked, QPoint(0, 0));
 }
 
@@ -208,7 +208,7 @@ void TestBackgroundLibrary::removeShowsTheNextBackground()
     markPreview(d);
 
     clickButton(ui->RemoveBackground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), w.path("Bkg/c.png")}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), w.path("Bkg/c.png")}));
     QCOMPARE(ui->listWidget_Bk->currentRow(), 0);
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/b.png"));
     QVERIFY(samePixels(DialogTestAccess::background(d), fitted(w.path("Bkg/b.png"), QSize(320, 240))));
@@ -251,11 +251,11 @@ void TestBackgroundLibrary::restartShowsOnlyTheBkgFolderAgain()
     QVERIFY(seen->answered);
     clickRow(ui->listWidget_Bk, 0);
     clickButton(ui->RemoveBackground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), added}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), added}));
 
     w.dialog.reset();
     Dialog restarted;
-    QCOMPARE(testsupport::itemTexts(DialogTestAccess::ui(restarted)->listWidget_Bk),
+    QCOMPARE(widgettest::itemTexts(DialogTestAccess::ui(restarted)->listWidget_Bk),
              QStringList({w.path("Bkg/a.jpg"), w.path("Bkg/b.png")}));
     QCOMPARE(folderContents(w.dir.path()), before);
 }

@@ -2,7 +2,7 @@
 // FOREGROUNDS: the "Add" dialog, "Remove", clicks on items, drops on the
 // window, and the supported image types.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "intake/imagetypes.h"
@@ -17,7 +17,7 @@
 #include <QTest>
 #include <QUrl>
 
-using namespace intaketest;
+using namespace widgettest;
 
 namespace {
 
@@ -57,7 +57,7 @@ class TestForegroundList : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void supportedTypesInTheirThreeForms();
     void droppedEndings_data();
@@ -137,7 +137,7 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
     const QString c = writePhoto(w, "P3.PNG", 180, 100, QColor(40, 180, 60), 3);
     QVERIFY(!a.isEmpty() && !b.isEmpty() && !c.isEmpty());
     const QByteArray bytesA = fileBytes(a), bytesB = fileBytes(b), bytesC = fileBytes(c);
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
     const QPoint keyPoint(33, 44);
     MyGlobal::xyClicked = keyPoint;
 
@@ -146,7 +146,7 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before + QStringList({a, b, c}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before + QStringList({a, b, c}));
     QCOMPARE(ui->listWidget->currentRow(), before.size() + 2);
     QCOMPARE(selectedTexts(ui->listWidget), QStringList({c}));
     QCOMPARE(MyGlobal::CurSelection, c);
@@ -168,7 +168,7 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
     Ui_Dialog* ui = DialogTestAccess::ui(d);
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
     // Key the photo, so that the working copy differs from its file.
     pressPreview(d, 12, 12);
     QVERIFY(!samePixels(DialogTestAccess::foreground(d), QImage(MyGlobal::CurSelection)));
@@ -180,7 +180,7 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
     QCOMPARE(DialogTestAccess::background(d).size(), DialogTestAccess::foreground(d).size());
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(w.path("1green.JPG"))));
@@ -224,7 +224,7 @@ void TestForegroundList::sameFileAddedTwiceGivesTwoItems()
         clickButton(ui->AddForegGround);
         QVERIFY(seen->answered);
     }
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), QStringList({w.path("1green.JPG"), blue, blue, blue}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), QStringList({w.path("1green.JPG"), blue, blue, blue}));
 }
 
 void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
@@ -247,7 +247,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     answerFileDialog(abcd, seen);
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
-    QCOMPARE(testsupport::itemTexts(list), abcd);
+    QCOMPARE(widgettest::itemTexts(list), abcd);
 
     // D selected by a click; the arrow keys move the current row to B
     // without selecting; the space bar adds B to the selection.
@@ -260,7 +260,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     QCOMPARE(selectedTexts(list), QStringList({abcd[1], abcd[3]}));
 
     clickButton(ui->RemoveForeground);
-    QCOMPARE(testsupport::itemTexts(list), QStringList({abcd[0], abcd[3]}));
+    QCOMPARE(widgettest::itemTexts(list), QStringList({abcd[0], abcd[3]}));
     QCOMPARE(list->currentRow(), 1);
     QCOMPARE(MyGlobal::CurSelection, abcd[3]);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(abcd[3])));
@@ -282,7 +282,7 @@ void TestForegroundList::removeTakesTheOneSelectedCurrentItem()
     const QSize bkgSize = DialogTestAccess::background(d).size();
 
     clickButton(ui->RemoveForeground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), QStringList({blue}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), QStringList({blue}));
     QCOMPARE(ui->listWidget->currentRow(), 0);
     QCOMPARE(MyGlobal::CurSelection, blue);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(blue)));
@@ -304,7 +304,7 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
     clickButton(ui->RemoveForeground);
     QCOMPARE(MyGlobal::CurSelection, green);
     clickRow(ui->listWidget, 0);
-    const QPixmap shownBefore = testsupport::shownPixmap(DialogTestAccess::scene(d));
+    const QPixmap shownBefore = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
     clickButton(ui->RemoveForeground);
@@ -312,7 +312,7 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
     QCOMPARE(ui->listWidget->currentRow(), -1);
     QCOMPARE(MyGlobal::CurSelection, green);
     QVERIFY(!previewRedrawnSinceMark(d));
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shownBefore.cacheKey());
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shownBefore.cacheKey());
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(green)));
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(green)));
     QVERIFY(QFile::exists(green));
@@ -343,7 +343,7 @@ void TestForegroundList::clickingAnItemShowsItAndFitsTheBackground()
     QCOMPARE(DialogTestAccess::background(d).size(), QSize(90, 200));
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(tall)));
     // The preview fits the photo into 415 x 345 keeping its shape.
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(155, 345));
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(155, 345));
 }
 
 void TestForegroundList::clickingAnItemAfterAKeyPointClearsIt()
@@ -382,8 +382,8 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
     const QByteArray photoBytes = fileBytes(photo);
     clickRow(ui->listWidget, 1);
     pressPreview(d, 15, 15);
-    const QStringList fgBefore = testsupport::itemTexts(ui->listWidget);
-    const QStringList bkBefore = testsupport::itemTexts(ui->listWidget_Bk);
+    const QStringList fgBefore = widgettest::itemTexts(ui->listWidget);
+    const QStringList bkBefore = widgettest::itemTexts(ui->listWidget_Bk);
     markPreview(d);
 
     // main() opens the log in the real program.
@@ -402,8 +402,8 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
     QApplication::sendEvent(&d, &drop);
     MyGlobal::log.close();
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), fgBefore);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), bkBefore);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), fgBefore);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), bkBefore);
     QCOMPARE(ui->listWidget->currentRow(), 0);
     // The preview is redrawn from the working photo, which keeps its keying.
     QVERIFY(previewRedrawnSinceMark(d));

@@ -8,7 +8,7 @@
 #include "mainwindow/dialog.h"
 #include "tests/keying/keyingoracle.h"
 #include "tests/keying/keyingtestdata.h"
-#include "tests/support/testsupport.h"
+#include "tests/fixture/windowfixture.h"
 
 #include <QApplication>
 #include <QFile>

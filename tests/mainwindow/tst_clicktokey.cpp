@@ -2,7 +2,7 @@
 // A click in the preview keys the photo; rotation and the fatal checks.
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "tests/support/testsupport.h"
+#include "tests/fixture/windowfixture.h"
 #include "ui_dialog.h"
 
 #include <QApplication>
@@ -143,7 +143,7 @@ private slots:
         QCOMPARE(ui->graphicsView->size(), QSize(421, 351));
         QVERIFY(ui->graphicsView->viewport()->width() > click.x());
         MyGlobal::CurSelection = path;
-        testsupport::pressAt(ui->graphicsView->viewport(), Qt::LeftButton, click);
+        widgettest::pressAt(ui->graphicsView->viewport(), Qt::LeftButton, click);
 
         const QImage& keyed = DialogTestAccess::foreground(window);
         QCOMPARE(keyed.size(), photo);
@@ -203,7 +203,7 @@ private slots:
         // The full-size composite is kept for saving, a fitted copy is shown.
         QCOMPARE(DialogTestAccess::preview(window).toImage().convertToFormat(QImage::Format_RGB32),
                  keyed.convertToFormat(QImage::Format_RGB32));
-        const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(window));
+        const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(window));
         QCOMPARE(shown.size(), keyed.size().scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio));
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
     }
@@ -323,7 +323,7 @@ private slots:
         Dialog window;
         window.show();
         MyGlobal::CurSelection = path;
-        testsupport::pressAt(DialogTestAccess::ui(window)->graphicsView->viewport(), Qt::LeftButton, QPoint(0, 0));
+        widgettest::pressAt(DialogTestAccess::ui(window)->graphicsView->viewport(), Qt::LeftButton, QPoint(0, 0));
         QVERIFY(blockReplaced(DialogTestAccess::foreground(window), photo, QPoint(0, 0)));
         // Not replayed by a rotation change: the photo comes back unkeyed.
         QVERIFY(QMetaObject::invokeMethod(&window, "on_Rotation_currentIndexChanged", Q_ARG(QString, QStringLiteral("0"))));

@@ -4,7 +4,7 @@
 #include "mainwindow/dialog.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/gview.h"
-#include "tests/support/testsupport.h"
+#include "tests/fixture/windowfixture.h"
 #include "ui_dialog.h"
 
 #include <QApplication>
@@ -19,7 +19,7 @@
 #include <QTest>
 #include <QUrl>
 
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 namespace {
 

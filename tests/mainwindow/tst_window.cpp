@@ -4,7 +4,7 @@
 #include "state/globals.h"
 #include "state/webaddress.h"
 #include "mainwindow/dialog.h"
-#include "tests/support/testsupport.h"
+#include "tests/fixture/windowfixture.h"
 #include "ui_dialog.h"
 
 #include <QApplication>
@@ -23,7 +23,7 @@
 #include <QTimer>
 #include <QUrl>
 
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 // Receives the addresses handed to the desktop instead of a browser.
 class UrlRecorder : public QObject
@@ -259,7 +259,7 @@ private slots:
         // full-size picture is kept for saving.
         QCOMPARE(DialogTestAccess::preview(window).toImage().convertToFormat(QImage::Format_RGB32),
                  fg.convertToFormat(QImage::Format_RGB32));
-        const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(window));
+        const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(window));
         QCOMPARE(shown.size(), fg.size().scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio));
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
 
@@ -354,7 +354,7 @@ private slots:
         fg.fill(Qt::red);
         QVERIFY(QMetaObject::invokeMethod(&window, "EditingDone"));
         QCOMPARE(DialogTestAccess::preview(window).toImage().pixel(0, 0), qRgb(255, 0, 0));
-        QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage().pixel(5, 5), qRgb(255, 0, 0));
+        QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage().pixel(5, 5), qRgb(255, 0, 0));
     }
 
     void updateProgressProcessesPendingEvents()
@@ -389,12 +389,12 @@ private slots:
         QFETCH(int, textAlign);
         Dialog window;
         const QImage before = DialogTestAccess::preview(window).toImage();
-        const QImage shownBefore = testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage();
+        const QImage shownBefore = widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage();
         QVERIFY(QMetaObject::invokeMethod(&window, slot.toLatin1().constData()));
         QCOMPARE(DialogTestAccess::pos(window), pos);
         QCOMPARE(DialogTestAccess::textAlign(window), textAlign);
         QCOMPARE(DialogTestAccess::preview(window).toImage(), before);
-        QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage(), shownBefore);
+        QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage(), shownBefore);
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
     }
 

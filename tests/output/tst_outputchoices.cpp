@@ -5,7 +5,9 @@
 #include "mainwindow/dialog.h"
 #include "output/customsize.h"
 #include "output/outputchoices.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/testsupport.h"
 
 #include <QApplication>
@@ -18,7 +20,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using outputtest::ModalAnswerer;
+using widgettest::ModalAnswerer;
 
 namespace {
 

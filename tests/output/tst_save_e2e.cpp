@@ -3,7 +3,8 @@
 // Image", and find the composite in Documents/Plendra with the desktop opener
 // called on the folder and then on the file.
 #include "keying/keymask.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
@@ -36,7 +37,7 @@ private slots:
         const QString buildDir = QStringLiteral(PLENDRA_BUILD_DIR);
         QTemporaryDir home;
         QVERIFY(home.isValid());
-        outputtest::RecordingOpener opener;
+        testsupport::RecordingOpener opener;
         QVERIFY(opener.isValid());
 
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -45,7 +46,7 @@ private slots:
         QVERIFY2(app.start(), "the window \"Plendra - photo v1.3\" did not appear");
         const QString output = home.path() + QStringLiteral("/Documents/Plendra");
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(output).isDir(), 10000);
-        const auto before = outputtest::listTree(home.path());
+        const auto before = testsupport::listTree(home.path());
 
         QVERIFY(app.click(kPreview.topLeft() + kBackdropInPreview));
         QVERIFY(app.click(kSaveImage.center()));
@@ -57,7 +58,7 @@ private slots:
 
         const QList<QStringList> expectedCalls{{output}, {target}};
         QCOMPARE(opener.calls(), expectedCalls);
-        QCOMPARE(outputtest::changedEntries(before, outputtest::listTree(home.path())),
+        QCOMPARE(testsupport::changedEntries(before, testsupport::listTree(home.path())),
                  QStringList{QStringLiteral("Documents/Plendra/1green.JPG")});
 
         // The file: a JPEG of the sample's size holding the keyed composite.
