@@ -52,8 +52,8 @@ private slots:
     void watchedFolderListsPhotosOldestFirst_data();
     void watchedFolderListsPhotosOldestFirst();
     void watchedFolderPathsAreTheFolderAsGivenAndTheName();
-    void newestWatchedFolderPhoto_data();
-    void newestWatchedFolderPhoto();
+    void newestOfAMissingOrEmptyFolderIsNone_data();
+    void newestOfAMissingOrEmptyFolderIsNone();
 };
 
 void TestFolderScan::backgroundLibraryListsPngAndJpegByNameIgnoringCase_data()
@@ -159,14 +159,14 @@ void TestFolderScan::watchedFolderPathsAreTheFolderAsGivenAndTheName()
              QStringList({hot.path() + QStringLiteral("/a.png"), hot.path() + QStringLiteral("/b.png")}));
 }
 
-void TestFolderScan::newestWatchedFolderPhoto_data()
+void TestFolderScan::newestOfAMissingOrEmptyFolderIsNone_data()
 {
     QTest::addColumn<bool>("exists");
     QTest::newRow("missing folder") << false;
     QTest::newRow("empty folder") << true;
 }
 
-void TestFolderScan::newestWatchedFolderPhoto()
+void TestFolderScan::newestOfAMissingOrEmptyFolderIsNone()
 {
     QFETCH(bool, exists);
     QTemporaryDir parent;

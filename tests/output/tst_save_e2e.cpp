@@ -8,7 +8,7 @@
 #include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGraphicsView>
