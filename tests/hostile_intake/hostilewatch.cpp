@@ -78,7 +78,7 @@ bool choosePresetFolder(Dialog& d, const QString& folder)
         *handled = seen->answered;
         return true;
     });
-    QPushButton* presets = DialogTestAccess::ui(d)->Presets;
+    QPushButton* presets = widgettest::WindowWidgets(d).Presets;
     presets->show();
     widgettest::clickButton(presets);
     return *handled && MyGlobal::HotFolder_FG == folder;
@@ -87,7 +87,7 @@ bool choosePresetFolder(Dialog& d, const QString& folder)
 // Reports the file name of each item FOREGROUNDS gains.
 void reportListedNames(Dialog& d)
 {
-    QListWidget* list = DialogTestAccess::ui(d)->listWidget;
+    QListWidget* list = widgettest::WindowWidgets(d).listWidget;
     QObject::connect(list->model(), &QAbstractItemModel::rowsInserted, list, [list](const QModelIndex&, int first, int) {
         childReport(QStringLiteral("listed ") + QFileInfo(list->item(first)->text()).fileName());
     });
@@ -97,7 +97,7 @@ void reportListedNames(Dialog& d)
 // loading of the photo.
 void removeWhenListed(Dialog& d, const QString& path)
 {
-    QListWidget* list = DialogTestAccess::ui(d)->listWidget;
+    QListWidget* list = widgettest::WindowWidgets(d).listWidget;
     QObject::connect(list->model(), &QAbstractItemModel::rowsInserted, list, [list, path](const QModelIndex&, int first, int) {
         if (list->item(first)->text() == path && QFile::remove(path))
             childReport(QStringLiteral("removed once listed"));

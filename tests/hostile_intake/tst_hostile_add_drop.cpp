@@ -7,7 +7,6 @@
 
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QFile>
 #include <QFileDialog>
@@ -74,7 +73,7 @@ PLENDRA_CHILD_SCENARIO("addForegroundNoPicture")
     auto window = openChildWindow();
     if (!window)
         return;
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     const QString path = qEnvironmentVariable(kPathVariable);
     reportListing(ui->listWidget, path);
     auto seen = std::make_shared<widgettest::FileDialogSeen>();
@@ -159,7 +158,7 @@ void TestHostileAddDrop::addForeground()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QStringList before = itemTexts(ui->listWidget);
     if (HostileKind(kind) == HostileKind::Folder) {
         auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
@@ -211,7 +210,7 @@ void TestHostileAddDrop::addBackground()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QImage photo(green);
     const QStringList before = itemTexts(ui->listWidget_Bk);
     widgettest::markPreview(d);
@@ -317,7 +316,7 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QListWidget* target = backgrounds ? ui->listWidget_Bk : ui->listWidget;
     QListWidget* other = backgrounds ? ui->listWidget : ui->listWidget_Bk;
     // Another row current first, so that the drop's making row 0 current shows.
@@ -367,7 +366,7 @@ void TestHostileAddDrop::dropOnWindow()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     widgettest::clickRow(ui->listWidget, 1);
     const QStringList before = itemTexts(ui->listWidget), beforeBk = itemTexts(ui->listWidget_Bk);
     const QImage foreground = DialogTestAccess::foreground(d), background = DialogTestAccess::background(d);
@@ -415,7 +414,7 @@ void TestHostileAddDrop::dropTheWholeCorpusAtOnce()
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QListWidget* list = target == 0 ? ui->listWidget : ui->listWidget_Bk;
     const QStringList before = itemTexts(list);
     QVERIFY(dropUrls(list->viewport(), urls, QPoint(10, 10)));

@@ -9,7 +9,6 @@
 #include "state/globals.h"
 #include "intake/preset.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -33,7 +32,7 @@ PLENDRA_CHILD_SCENARIO("clickFileGoneBeforeLoading")
     auto window = openChildWindow();
     if (!window)
         return;
-    QListWidget* list = DialogTestAccess::ui(*window)->listWidget;
+    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
     const QString path = qEnvironmentVariable(kPathVariable);
     dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
     const int row = rowOf(list, path);
@@ -50,7 +49,7 @@ PLENDRA_CHILD_SCENARIO("chooseForegroundNoPicture")
     auto window = openChildWindow();
     if (!window)
         return;
-    QListWidget* list = DialogTestAccess::ui(*window)->listWidget;
+    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
     const QString path = qEnvironmentVariable(kPathVariable);
     dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
     const int row = rowOf(list, path);
@@ -74,7 +73,7 @@ PLENDRA_CHILD_SCENARIO("withoutReadPermission")
     if (!window)
         return;
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const auto reportBackground = [&d, ui, path]() {
         const int row = rowOf(ui->listWidget_Bk, path);
         childReport(QStringLiteral("background ") + (DialogTestAccess::background(d).isNull() ? QStringLiteral("null") : QStringLiteral("loaded"))
@@ -171,7 +170,7 @@ void TestHostileSelect::fileGoneBeforeChoosingItUnderBackgrounds()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(gone)}, QPoint(10, 10)));
     const int row = rowOf(ui->listWidget_Bk, gone);
     QVERIFY(row >= 0);
@@ -253,7 +252,7 @@ void TestHostileSelect::chooseEachUnderForegrounds()
         auto window = openWindow(c.appDir());
         QVERIFY(window);
         Dialog& d = *window;
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QVERIFY(dropUrls(ui->listWidget->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
         const int row = rowOf(ui->listWidget, path);
         QVERIFY(row >= 0);
@@ -282,7 +281,7 @@ void TestHostileSelect::chooseEachUnderBackgrounds()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
     QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
     const int row = rowOf(ui->listWidget_Bk, path);

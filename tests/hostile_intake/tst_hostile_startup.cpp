@@ -7,7 +7,6 @@
 
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDir>
 #include <QFile>
@@ -54,7 +53,7 @@ PLENDRA_CHILD_SCENARIO("clickHostileSecondSample")
     auto window = openChildWindow();
     if (!window)
         return;
-    widgettest::clickRow(DialogTestAccess::ui(*window)->listWidget, 1);
+    widgettest::clickRow(widgettest::WindowWidgets(*window).listWidget, 1);
     childReport(QStringLiteral("click returned"));
 }
 
@@ -94,7 +93,7 @@ void TestHostileStartup::hostileFirstSample()
     if (HostileKind(kind) == HostileKind::Image) {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Ui_Dialog* ui = DialogTestAccess::ui(*window);
+        const widgettest::WindowWidgets ui(*window);
         QCOMPARE(itemTexts(ui->listWidget), QStringList({first, second}));
         QVERIFY(hasThumbnail(ui->listWidget, 0));
         QCOMPARE(ui->listWidget->currentRow(), 0);
@@ -136,7 +135,7 @@ void TestHostileStartup::hostileSecondSampleThenChosen()
     {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Ui_Dialog* ui = DialogTestAccess::ui(*window);
+        const widgettest::WindowWidgets ui(*window);
         QCOMPARE(itemTexts(ui->listWidget), QStringList({first, second}));
         QCOMPARE(hasThumbnail(ui->listWidget, 1), HostileKind(kind) == HostileKind::Image);
         QCOMPARE(MyGlobal::CurSelection, first);
@@ -196,7 +195,7 @@ void TestHostileStartup::bkgHoldingTheWholeCorpus()
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QCOMPARE(itemTexts(ui->listWidget_Bk), expected);
     for (int row = 0; row < expectedNames.size(); ++row)
         QVERIFY2(hasThumbnail(ui->listWidget_Bk, row) == readable.value(expectedNames.at(row)), qPrintable(expectedNames.at(row)));
@@ -233,7 +232,7 @@ void TestHostileStartup::hostileFirstBackgroundThenChosen()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
     const bool picture = HostileKind(kind) == HostileKind::Image;
     QCOMPARE(itemTexts(ui->listWidget_Bk), QStringList({path}));
@@ -268,7 +267,7 @@ void TestHostileStartup::missingBkgFolder()
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QCOMPARE(ui->listWidget_Bk->count(), 0);
     QVERIFY(DialogTestAccess::background(*window).isNull());
     QVERIFY(MyGlobal::CurSelectionBk.isEmpty());

@@ -10,7 +10,6 @@
 #include "state/globals.h"
 #include "intake/preset.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -127,7 +126,7 @@ void TestHostileWatch::hotFolderHoldingTheCorpus()
         auto window = openWindow(c.appDir());
         QVERIFY(window);
         Dialog& d = *window;
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         const QStringList before = itemTexts(ui->listWidget);
         QVERIFY(choosePresetFolder(d, hot));
         QStringList expected = before;
@@ -181,7 +180,7 @@ void TestHostileWatch::hostileFileWrittenWhileWatched()
         auto window = openWindow(c.appDir());
         QVERIFY(window);
         Dialog& d = *window;
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QVERIFY(choosePresetFolder(d, hot));
         const QStringList before = itemTexts(ui->listWidget);
         QCOMPARE(before.last(), older);
@@ -219,7 +218,7 @@ void TestHostileWatch::hotFolderDeletedWhileWatched()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QVERIFY(choosePresetFolder(d, hot));
     const QStringList listed = itemTexts(ui->listWidget);
     const QImage photo = DialogTestAccess::foreground(d);

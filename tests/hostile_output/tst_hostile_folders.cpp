@@ -11,7 +11,6 @@
 #include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -80,12 +79,13 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
         std::puts("probe refused");
     }
     std::fflush(stdout);
-    Dialog d;
-    d.show();
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
     pressPreview(d, kBackdrop);
-    QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+    QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
     std::puts(QFileInfo::exists(MyGlobal::outputDir + QStringLiteral("/1green.JPG")) ? "target written" : "target absent");
-    std::puts(DialogTestAccess::ui(d)->Run->isEnabled() ? "run enabled" : "run disabled");
+    std::puts(widgettest::WindowWidgets(d).Run->isEnabled() ? "run enabled" : "run disabled");
 }
 
 // No "Bkg" folder: no background is loaded, and a key click stops on the
@@ -96,9 +96,10 @@ PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
     widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    Dialog d;
-    d.show();
-    std::printf("backgrounds %d, null %d\n", int(DialogTestAccess::ui(d)->listWidget_Bk->count()),
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
+    std::printf("backgrounds %d, null %d\n", int(widgettest::WindowWidgets(d).listWidget_Bk->count()),
                 int(DialogTestAccess::background(d).isNull()));
     std::fflush(stdout);
     pressPreview(d, kBackdrop);
@@ -202,14 +203,15 @@ private slots:
         QCOMPARE(MyGlobal::outputDir, documents);
         QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
 
-        Dialog d;
-        d.show();
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         pressPreview(d, kBackdrop);
         QVERIFY(DialogTestAccess::foreground(d) != QImage(m_samples + QStringLiteral("/1green.JPG")));
-        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
         QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
         QCOMPARE(m_opener.calls(), openerCallsFor(documents, documents + QStringLiteral("/1green.JPG")));
-        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+        QVERIFY(widgettest::WindowWidgets(d).Run->isEnabled());
         QCOMPARE(homeChanges(), QStringList());
     }
 
@@ -249,14 +251,15 @@ private slots:
     {
         QVERIFY(QDir(m_output).removeRecursively());
         m_homeAtStart = testsupport::snapshotTree(m_home);
-        Dialog d;
-        d.show();
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         pressPreview(d, kBackdrop);
-        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
         QVERIFY(!QFileInfo::exists(m_output));
         QCOMPARE(homeChanges(), QStringList());
         QCOMPARE(m_opener.calls(), openerCallsFor(m_output, m_output + QStringLiteral("/1green.JPG")));
-        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+        QVERIFY(widgettest::WindowWidgets(d).Run->isEnabled());
     }
 
     // Designed outcome: without a "Bkg" folder the window still opens with the
@@ -265,10 +268,10 @@ private slots:
     void missingBkgFolderAtStartUp()
     {
         MyGlobal::appDir = m_noBkgSamples;
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
+        const widgettest::WindowWidgets ui(d);
         QCOMPARE(ui->listWidget_Bk->count(), 0);
         QVERIFY(DialogTestAccess::background(d).isNull());
         QVERIFY(MyGlobal::CurSelectionBk.isEmpty());

@@ -12,7 +12,6 @@
 #include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -57,14 +56,15 @@ PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
     widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    Dialog d;
-    d.show();
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
     if (!QTest::qWaitForWindowExposed(&d))
         std::fputs("window not exposed\n", stdout);
     pressPreview(d, kBackdrop);
     std::printf("key point %d,%d\n", MyGlobal::xyClicked.x(), MyGlobal::xyClicked.y());
     std::fflush(stdout);
-    QListWidget* backgrounds = DialogTestAccess::ui(d)->listWidget_Bk;
+    QListWidget* backgrounds = widgettest::WindowWidgets(d).listWidget_Bk;
     dropFile(backgrounds, qEnvironmentVariable("PLENDRA_HOSTILE_ENTRY"));
     clickItem(backgrounds, backgrounds->item(backgrounds->count() - 1));
     std::puts("survived the click");
@@ -100,7 +100,7 @@ private:
             + testsupport::entriesOfKind(m_corpus, HostileKind::Folder);
     }
 
-    static QSize viewSize(Dialog& d) { return DialogTestAccess::ui(d)->graphicsView->size(); }
+    static QSize viewSize(Dialog& d) { return widgettest::WindowWidgets(d).graphicsView->size(); }
 
     // The window shown on the offscreen screen, so that list rows have places.
     static bool showWindow(Dialog& d)
@@ -165,9 +165,11 @@ private slots:
     void foregroundKeysAndSaves()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QImage& foreground = DialogTestAccess::foreground(d);
         QImage& background = DialogTestAccess::background(d);
         const QImage stored(entry.path);
@@ -261,9 +263,11 @@ private slots:
     void oddBackgroundKeys()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QImage& foreground = DialogTestAccess::foreground(d);
         const QString photo = sample(QStringLiteral("1green.JPG"));
         const QImage stored(photo);
@@ -310,9 +314,11 @@ private slots:
     void unreadableBackgroundWithoutKeyPoint()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QListWidget* backgrounds = ui->listWidget_Bk;
         const int rowsBefore = backgrounds->count();
         dropFile(backgrounds, entry.path);

@@ -7,7 +7,6 @@
 #include "state/globals.h"
 #include "keying/keymask.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -68,8 +67,10 @@ void TestBackgroundLibrary::bkgFolderListsPngAndJpgOnlyInNameOrder()
         gif.write("GIF89a");
     }
     // The window read "Bkg" before c.gif was there; a second window reads it now.
-    Dialog again;
-    Ui_Dialog* ui = DialogTestAccess::ui(again);
+    widgettest::Window againFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    QVERIFY(againFixture.ok());
+    Dialog& again = *againFixture.dialog;
+    const widgettest::WindowWidgets ui(again);
     QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/A.JPG"));
     QVERIFY(samePixels(DialogTestAccess::background(again), fitted(w.path("Bkg/A.JPG"), QSize(320, 240))));
@@ -83,7 +84,7 @@ void TestBackgroundLibrary::addDialogHasTheForegroundCaptionAndFilter()
     QVERIFY(w.ok());
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({}, seen);
-    clickButton(DialogTestAccess::ui(*w.dialog)->AddBackground);
+    clickButton(widgettest::WindowWidgets(*w.dialog).AddBackground);
     QVERIFY(seen->answered);
     QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
     QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
@@ -96,7 +97,7 @@ void TestBackgroundLibrary::addingTwoBackgroundsMakesTheSecondCurrentWithoutRedr
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString first = w.path("extra/sky.png"), second = w.path("extra/Sea.JPG");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(500, 300, 41), first));
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(150, 400, 42), second));
@@ -124,7 +125,7 @@ void TestBackgroundLibrary::cancellingAddReloadsTheBackgroundFromItsFile()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     // A photo of another size rescales the background from its pixels twice:
     // 320 x 240 -> 37 x 29 -> 320 x 240 loses its detail.
     const QString tiny = w.path("tiny.png");
@@ -155,7 +156,7 @@ void TestBackgroundLibrary::clickingABackgroundAfterAKeyPointRekeysAtThatPoint()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QPoint keyPoint(25, 30); // on the green backdrop, away from the subject
     pressPreview(d, keyPoint.x(), keyPoint.y());
     QCOMPARE(MyGlobal::xyClicked, keyPoint);
@@ -184,7 +185,7 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
@@ -202,7 +203,7 @@ void TestBackgroundLibrary::removeShowsTheNextBackground()
     Window w({QStringLiteral("a.jpg"), QStringLiteral("b.png"), QStringLiteral("c.png")});
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const auto before = folderContents(w.dir.path());
     clickRow(ui->listWidget_Bk, 0);
     markPreview(d);
@@ -221,7 +222,7 @@ void TestBackgroundLibrary::removingEveryBackgroundKeepsTheLastRemovedOne()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     clickRow(ui->listWidget_Bk, 0);
     clickButton(ui->RemoveBackground);
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/b.png"));
@@ -241,7 +242,7 @@ void TestBackgroundLibrary::restartShowsOnlyTheBkgFolderAgain()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString added = w.path("elsewhere/added.png");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(64, 48, 5), added));
     const auto before = folderContents(w.dir.path());
@@ -254,8 +255,10 @@ void TestBackgroundLibrary::restartShowsOnlyTheBkgFolderAgain()
     QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), added}));
 
     w.dialog.reset();
-    Dialog restarted;
-    QCOMPARE(widgettest::itemTexts(DialogTestAccess::ui(restarted)->listWidget_Bk),
+    widgettest::Window restartedFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    QVERIFY(restartedFixture.ok());
+    Dialog& restarted = *restartedFixture.dialog;
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(restarted).listWidget_Bk),
              QStringList({w.path("Bkg/a.jpg"), w.path("Bkg/b.png")}));
     QCOMPARE(folderContents(w.dir.path()), before);
 }

@@ -7,7 +7,6 @@
 #include "state/globals.h"
 #include "intake/imagetypes.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QFile>
@@ -45,11 +44,12 @@ PLENDRA_CHILD_SCENARIO("clickWithoutBackground")
     if (!testsupport::makeSampleFolder(dir.path(), {}))
         return;
     MyGlobal::appDir = dir.path();
-    Dialog dialog;
-    dialog.show();
+    widgettest::Window dialogFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dialogFixture.ok());
+    Dialog& dialog = *dialogFixture.dialog;
     if (!QTest::qWaitForWindowExposed(&dialog))
         return;
-    clickRow(DialogTestAccess::ui(dialog)->listWidget, 1);
+    clickRow(widgettest::WindowWidgets(dialog).listWidget, 1);
 }
 
 class TestForegroundList : public QObject
@@ -119,7 +119,7 @@ void TestForegroundList::addDialogIsQtsOwnWithCaptionAndFilter()
     QVERIFY(w.ok());
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({}, seen);
-    clickButton(DialogTestAccess::ui(*w.dialog)->AddForegGround);
+    clickButton(widgettest::WindowWidgets(*w.dialog).AddForegGround);
     QVERIFY(seen->answered);
     QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
     QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
@@ -131,7 +131,7 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString a = writePhoto(w, "p1.jpg", 200, 150, QColor(40, 180, 60), 1);
     const QString b = writePhoto(w, "p2.png", 120, 160, QColor(40, 70, 200), 2);
     const QString c = writePhoto(w, "P3.PNG", 180, 100, QColor(40, 180, 60), 3);
@@ -167,7 +167,7 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QStringList before = widgettest::itemTexts(ui->listWidget);
     // Key the photo, so that the working copy differs from its file.
     pressPreview(d, 12, 12);
@@ -190,7 +190,7 @@ void TestForegroundList::unreadableFileGetsAnItemWithEmptyIcon()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString broken = w.path("broken.png");
     {
         QFile f(broken);
@@ -216,7 +216,7 @@ void TestForegroundList::sameFileAddedTwiceGivesTwoItems()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString blue = w.path("blue1.JPG");
     for (int i = 0; i < 2; ++i) {
         auto seen = std::make_shared<FileDialogSeen>();
@@ -232,7 +232,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QListWidget* list = ui->listWidget;
     // Start from an empty list, then add A, B, C, D.
     clickRow(list, 0);
@@ -273,7 +273,7 @@ void TestForegroundList::removeTakesTheOneSelectedCurrentItem()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString green = w.path("1green.JPG"), blue = w.path("blue1.JPG");
     const QByteArray greenBytes = fileBytes(green);
     clickRow(ui->listWidget, 0);
@@ -298,7 +298,7 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString green = w.path("1green.JPG");
     clickRow(ui->listWidget, 1);
     clickButton(ui->RemoveForeground);
@@ -323,7 +323,7 @@ void TestForegroundList::clickingAnItemShowsItAndFitsTheBackground()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString tall = writePhoto(w, "tall.png", 90, 200, QColor(40, 70, 200), 7);
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({tall}, seen);
@@ -351,7 +351,7 @@ void TestForegroundList::clickingAnItemAfterAKeyPointClearsIt()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     pressPreview(d, 15, 15);
     QCOMPARE(MyGlobal::xyClicked, QPoint(15, 15));
     QVERIFY(!samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
@@ -377,7 +377,7 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString photo = writePhoto(w, "dropped.png", 100, 80, QColor(40, 180, 60), 9);
     const QByteArray photoBytes = fileBytes(photo);
     clickRow(ui->listWidget, 1);

@@ -7,7 +7,6 @@
 #include "state/globals.h"
 #include "intake/preset.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDateTime>
 #include <QDialogButtonBox>
@@ -93,7 +92,7 @@ bool choosePresetFolder(Dialog& d, const QString& folder)
         *handled = true;
         return true;
     });
-    QPushButton* presets = DialogTestAccess::ui(d)->Presets;
+    QPushButton* presets = widgettest::WindowWidgets(d).Presets;
     presets->show();
     clickButton(presets);
     return *handled;
@@ -212,7 +211,7 @@ void TestHotFolder::folderIsListedOldestFirstAndTheNewestShown()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot");
     QVERIFY(QDir().mkpath(hot));
     // Names in another order than their times, so the order can only come
@@ -249,9 +248,9 @@ void TestHotFolder::folderNamedLikeAnImageIsNotListed()
     const QString hot = w.path("hot");
     QVERIFY(QDir().mkpath(hot + "/x.jpg"));
     QVERIFY(writeFile(hot + "/photo.jpg", at(1), 1));
-    const QStringList before = widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
     QVERIFY(choosePresetFolder(d, hot));
-    QCOMPARE(widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget), before + QStringList({hot + "/photo.jpg"}));
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before + QStringList({hot + "/photo.jpg"}));
 }
 
 void TestHotFolder::pressingPresetsTwiceListsEveryImageTwice()
@@ -263,12 +262,12 @@ void TestHotFolder::pressingPresetsTwiceListsEveryImageTwice()
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/one.jpg", at(1), 1));
     QVERIFY(writeFile(hot + "/two.png", at(2), 2));
-    const QStringList before = widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
     QVERIFY(choosePresetFolder(d, hot));
     // The second time the folder is not chosen again: the hot folder stays.
     QVERIFY(choosePresetFolder(d, QString()));
     const QStringList twice({hot + "/one.jpg", hot + "/two.png", hot + "/one.jpg", hot + "/two.png"});
-    QCOMPARE(widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget), before + twice);
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before + twice);
     QCOMPARE(watcherOf(d)->directories(), QStringList({hot}));
 }
 
@@ -285,13 +284,13 @@ void TestHotFolder::closingPresetWithoutAFolderScansTheCurrentFolder()
     const QString previous = QDir::currentPath();
     QVERIFY(QDir::setCurrent(here));
     pressPreview(d, 20, 20);
-    const QStringList before = widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
 
     const bool handled = choosePresetFolder(d, QString());
     QDir::setCurrent(previous);
     QVERIFY(handled);
     QCOMPARE(MyGlobal::HotFolder_FG, QString());
-    QCOMPARE(widgettest::itemTexts(DialogTestAccess::ui(d)->listWidget), before);
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
     QVERIFY(watcherOf(d)->directories().isEmpty()); // the empty path is refused
 }
@@ -301,7 +300,7 @@ void TestHotFolder::newPhotoIsListedAndShownThenDeletionAddsTheNewestAgain()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/old1.jpg", at(1), 1));
@@ -347,7 +346,7 @@ void TestHotFolder::changeInFolderAAddsTheNewestOfB()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString a = w.path("A"), b = w.path("B"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(a) && QDir().mkpath(b));
     QVERIFY(writeFile(a + "/a1.jpg", at(1), 1));
@@ -376,7 +375,7 @@ void TestHotFolder::notificationWithNoImageInTheFolderDoesNothing()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/readme.txt", at(1), 1));

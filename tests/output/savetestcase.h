@@ -13,7 +13,6 @@
 #include "tests/support/foldertree.h"
 #include "tests/support/recordingopener.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -84,7 +83,7 @@ protected:
     // does: current row, current path, reloaded and turned, key point cleared.
     void choose(Dialog& d, int row, const QString& path)
     {
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         while (ui->listWidget->count() <= row)
             new QListWidgetItem(path, ui->listWidget);
         ui->listWidget->clearSelection();
@@ -98,7 +97,7 @@ protected:
     // A press on the preview, as the user makes it.
     void clickPreview(Dialog& d, QPoint at)
     {
-        QTest::mouseClick(DialogTestAccess::ui(d)->graphicsView->viewport(), Qt::LeftButton, {}, at);
+        QTest::mouseClick(widgettest::WindowWidgets(d).graphicsView->viewport(), Qt::LeftButton, {}, at);
     }
 
     // The foreground file keyed against the window's background for a click
@@ -106,13 +105,13 @@ protected:
     QImage keyedByHand(Dialog& d, const QString& path, QPoint at)
     {
         QImage photo(path);
-        const QWidget* view = DialogTestAccess::ui(d)->graphicsView;
+        const QWidget* view = widgettest::WindowWidgets(d).graphicsView;
         const QRgb key = photo.pixel(photo.width() * at.x() / view->width(), photo.height() * at.y() / view->height());
         keying::maskOut(photo, DialogTestAccess::background(d), key);
         return photo;
     }
 
-    void pressSaveImage(Dialog& d) { QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton); }
+    void pressSaveImage(Dialog& d) { QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton); }
 
     // A button named ChooseOutDir binds to the window's slot by name.
     QPushButton* addChooseOutDirButton(Dialog& d)

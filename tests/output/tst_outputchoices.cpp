@@ -297,9 +297,9 @@ private slots:
         QVERIFY(samples.isValid());
         QVERIFY(testsupport::makeSampleFolder(samples.path()));
         MyGlobal::appDir = samples.path();
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         auto* box = new QComboBox(&d);
         box->setObjectName(QStringLiteral("comboBox"));
         box->addItems({QStringLiteral("Original"), QStringLiteral("640x480"), QStringLiteral("320x240"),

@@ -20,8 +20,10 @@ private slots:
     // add-files dialog and writes nothing.
     void emptyListAsksForPhotosAndWritesNothing()
     {
-        Dialog d;
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
+        const widgettest::WindowWidgets ui(d);
         ui->listWidget->clear();
         ui->Run->setEnabled(false); // must stay as it is: this path leaves the button alone
         QSignalSpy progress(&d, &Dialog::newProgress);
@@ -53,9 +55,9 @@ private slots:
     // file, the latter split at the blank.
     void savesUnderForegroundNameAndOpensFolderThenFile()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         choose(d, 2, pic(QStringLiteral("a b.JPG")));
         clickPreview(d, kBackdropClick);
         const QImage composite = DialogTestAccess::preview(d).toImage();
@@ -97,9 +99,9 @@ private slots:
         QFETCH(QByteArray, format);
         QFETCH(bool, lossless);
 
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         choose(d, 0, pic(name));
         clickPreview(d, kBackdropClick);
         const QImage composite = DialogTestAccess::preview(d).toImage();
@@ -120,9 +122,9 @@ private slots:
     // backdrop replaced by the background, the subject kept.
     void savedPngIsTheKeyedImagePixelForPixel()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
         clickPreview(d, kBackdropClick);
@@ -143,9 +145,9 @@ private slots:
     // without a question.
     void savingTwiceOverwritesWithoutQuestion()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         ModalAnswerer answerer(dismiss);
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
@@ -172,10 +174,10 @@ private slots:
     // is enabled; the shown photo and the preview stay as they were.
     void afterSaveFirstRowIsCurrentAndRunEnabled()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
+        const widgettest::WindowWidgets ui(d);
         const QString second = m_samples.path() + QStringLiteral("/blue1.JPG");
         QCOMPARE(widgettest::itemTexts(ui->listWidget).value(1), second);
         choose(d, 1, second);
@@ -204,9 +206,9 @@ private slots:
     // image is dropped) and announces itself, but writes the composite.
     void saveReloadsPhotoFirstAndWritesTheComposite()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
         clickPreview(d, kBackdropClick);
@@ -225,9 +227,9 @@ private slots:
     // and the opener is still run on both paths.
     void saveNeverCreatesMissingOutputFolder()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         const QString missing = m_home + QStringLiteral("/Documents/Gone");
         MyGlobal::outputDir = missing;
         clickPreview(d, kBackdropClick);
@@ -245,9 +247,9 @@ private slots:
     // save fails, nothing is written, and the opener still runs twice.
     void saveWithoutForegroundPathStillRunsOpener()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         clickPreview(d, kBackdropClick);
         MyGlobal::CurSelection.clear();
         const auto before = listTree(m_home);
@@ -263,9 +265,9 @@ private slots:
     // own size and in its source file's format.
     void saveIgnoresOutputSizeAndFormatChoices()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         auto* sizes = new QComboBox(&d);
         sizes->setObjectName(QStringLiteral("comboBox"));
         sizes->addItems({QStringLiteral("Original"), QStringLiteral("640x480"), QStringLiteral("320x240"),

@@ -19,9 +19,9 @@ private slots:
     // keeps links unresolved; cancelling it changes nothing.
     void chooseOutDirCancelledChangesNothing()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QPushButton* button = addChooseOutDirButton(d);
         const auto before = listTree(m_home);
         QString caption;
@@ -55,9 +55,9 @@ private slots:
     // I'm doing" takes the existing "Osl_Output#".
     void chooseOutDirSameParentTwice()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QPushButton* button = addChooseOutDirButton(d);
         const QString first = m_home + QStringLiteral("/Pictures/Keyed");
         const QString other = m_home + QStringLiteral("/Pictures/Other");
@@ -141,9 +141,9 @@ private slots:
     // name), going ahead makes the chosen folder itself the output folder.
     void chooseOutDirFallsBackToChosenFolder()
     {
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QPushButton* button = addChooseOutDirButton(d);
         const QString chosen = m_home + QStringLiteral("/Blocked");
         QVERIFY(QDir().mkpath(chosen));
