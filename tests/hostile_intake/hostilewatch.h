@@ -20,12 +20,16 @@ namespace hostiletest {
 
 inline constexpr int kWatchTimeoutMs = 10000;
 
+// The image as the preview holds it, once turned into a pixmap.
 QImage asShown(const QImage& image);
 
+// A background as the window fits it to a photo of `size`.
 QImage fittedTo(const QImage& background, const QSize& size);
 
+// A fixed moment plus `minutes`, for modification times in a known order.
 QDateTime minutesIn(int minutes);
 
+// Sets the modification time of the file at `path`.
 bool setModified(const QString& path, const QDateTime& when);
 
 // Gives the corpus files of `folder` distinct times in corpus order, with
@@ -44,8 +48,10 @@ void reportListedNames(Dialog& d);
 // loading of the photo.
 void removeWhenListed(Dialog& d, const QString& path);
 
+// What the program has written to the shared log so far.
 QString readLog();
 
+// The last row of `list` whose text is `text`, or -1.
 int rowOf(const QListWidget* list, const QString& text);
 
 } // namespace hostiletest
