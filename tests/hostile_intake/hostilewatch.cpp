@@ -17,6 +17,7 @@
 
 namespace hostiletest {
 
+using testsupport::HostileKind;
 using widgettest::itemTexts;
 
 QImage asShown(const QImage& image)
