@@ -16,6 +16,8 @@
 #include <QTest>
 
 using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 

@@ -17,6 +17,8 @@
 #include <QUrl>
 
 using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 

@@ -20,6 +20,8 @@
 #include <QTest>
 
 using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 
