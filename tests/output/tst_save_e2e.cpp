@@ -8,7 +8,7 @@
 #include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGraphicsView>
