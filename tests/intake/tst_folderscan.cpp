@@ -20,7 +20,9 @@ bool touch(const QString& path, const QDateTime& modified = QDateTime())
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write("x");
+    // Written out before the time is set, so that closing does not touch it again.
+    if (file.write("x") != 1 || !file.flush())
+        return false;
     return !modified.isValid() || file.setFileTime(modified, QFileDevice::FileModificationTime);
 }
 
