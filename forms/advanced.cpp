@@ -93,9 +93,9 @@ void Advanced::UpdateScene()
     if (!picture.isNull()) {
         QPainter painter(&picture);
         painter.setFont(UserSettings::m_font);
-        QColor pen = UserSettings::m_clr;
-        pen.setAlpha(UserSettings::m_transparency);
-        painter.setPen(pen);
+        // The transparency belongs to the text colour itself, not just this pen.
+        UserSettings::m_clr.setAlpha(UserSettings::m_transparency);
+        painter.setPen(UserSettings::m_clr);
         painter.drawText(picture.rect(), MyGlobal::Cur_wmpos, MyGlobal::Cur_wmText);
     }
     QPixmap shown = QPixmap::fromImage(picture);

@@ -3,7 +3,7 @@
 #include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

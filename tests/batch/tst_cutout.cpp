@@ -6,7 +6,6 @@
 #include "keying/pipeline.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
 #include <QTest>
 
 Q_DECLARE_METATYPE(QImage::Format)

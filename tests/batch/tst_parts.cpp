@@ -8,7 +8,6 @@
 #include "batch/photolist.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QSet>

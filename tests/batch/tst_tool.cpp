@@ -8,7 +8,6 @@
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>

@@ -6,7 +6,6 @@
 #include "tests/batch/batchtooltest.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>

@@ -6,8 +6,8 @@
 #include "mainwindow/dialog.h"
 #include "state/globals.h"
 #include "tests/batch/batchtooltest.h"
+#include "tests/fixture/windowfixture.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -48,11 +48,10 @@ private:
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = output;
         MyGlobal::xyClicked = QPoint(0, 0);
-        Dialog d;
-        d.show();
-        if (!QTest::qWaitForWindowExposed(&d))
+        widgettest::Window window(widgettest::WindowSetup::onTheGlobalsAsSet());
+        if (!window.ok())
             return QString();
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(*window.dialog);
         clickItem(ui->listWidget, new QListWidgetItem(photo, ui->listWidget));
         clickItem(ui->listWidget_Bk, new QListWidgetItem(background, ui->listWidget_Bk));
         QTest::mouseClick(ui->graphicsView->viewport(), Qt::LeftButton, {}, click);

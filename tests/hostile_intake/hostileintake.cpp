@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tests/hostile_intake/hostileintake.h"
 
-#include "state/globals.h"
-#include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
-#include <QApplication>
 #include <QDir>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QFile>
 #include <QFileInfo>
-#include <QListWidget>
-#include <QMimeData>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -173,34 +166,9 @@ bool placeEntry(const testsupport::HostileEntry& entry, const QString& destinati
     return QFile::copy(entry.path, destination);
 }
 
-namespace {
-
-std::unique_ptr<Dialog> windowOn(const QString& appDir)
-{
-    testsupport::resetGlobals();
-    allowLargePhotos();
-    MyGlobal::appDir = appDir;
-    // As main() makes it: "Plendra" under the home's "Documents".
-    QDir home(QDir::homePath());
-    home.mkpath(QStringLiteral("Documents/Plendra"));
-    MyGlobal::outputDir = home.absoluteFilePath(QStringLiteral("Documents/Plendra"));
-    auto dialog = std::make_unique<Dialog>();
-    dialog->show();
-    if (!QTest::qWaitForWindowExposed(dialog.get()))
-        dialog.reset();
-    return dialog;
-}
-
-} // namespace
-
-std::unique_ptr<Dialog> openWindow(const QString& appDir)
-{
-    return windowOn(appDir);
-}
-
 std::unique_ptr<Dialog> openChildWindow()
 {
-    auto dialog = windowOn(qEnvironmentVariable(kAppDirVariable));
+    auto dialog = widgettest::openWindow(qEnvironmentVariable(kAppDirVariable));
     childReport(dialog ? QStringLiteral("window open") : QStringLiteral("window not shown"));
     return dialog;
 }
@@ -253,25 +221,6 @@ QString endedCleanly(const testsupport::ChildRun& run)
     if (!stray.isEmpty())
         return QStringLiteral("the child printed more than Qt's messages:\n") + stray;
     return QString();
-}
-
-bool dropUrls(QWidget* target, const QList<QUrl>& urls, QPoint at)
-{
-    QMimeData data;
-    data.setUrls(urls);
-    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    enter.setAccepted(false);
-    QApplication::sendEvent(target, &enter);
-    if (!enter.isAccepted())
-        return false;
-    QDropEvent drop(QPointF(at), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &drop);
-    return true;
-}
-
-bool hasThumbnail(const QListWidget* list, int row)
-{
-    return !list->item(row)->icon().isNull();
 }
 
 } // namespace hostiletest

@@ -3,9 +3,9 @@
 
 // Shared pieces of the hostile-input tests of every way a file enters the
 // window: a case folder holding the sample folder and the corpus with
-// snapshots taken before the case runs, windows built on it (in this process
-// or in a child that is expected to stop on a named assertion), drops, and
-// the reading of a child's standard error.
+// snapshots taken before the case runs, windows built on it in a child that is
+// expected to stop on a named assertion, and the reading of a child's standard
+// error. Windows in this process come from the window fixture.
 
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
@@ -18,13 +18,10 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
-#include <QUrl>
 
 #include <memory>
 
 class Dialog;
-class QListWidget;
-class QWidget;
 
 namespace hostiletest {
 
@@ -86,11 +83,7 @@ void addCorpusRows();
 // Copies a corpus entry to `destination` (a folder entry becomes an empty folder).
 bool placeEntry(const testsupport::HostileEntry& entry, const QString& destination);
 
-// The window of this process on `appDir`, shown and exposed, with the
-// process-wide state as main() leaves it (large photos allowed, the output
-// folder under the home). Null when it could not be shown.
-std::unique_ptr<Dialog> openWindow(const QString& appDir);
-// The same in a child scenario, on the folder named by kAppDirVariable.
+// The window (as widgettest::openWindow opens it) in a child scenario, on the folder named by kAppDirVariable.
 std::unique_ptr<Dialog> openChildWindow();
 
 // What a child scenario reports to its parent, on standard error as
@@ -107,12 +100,5 @@ QString stoppedOnlyBy(const testsupport::ChildRun& run, const QString& assertion
 // Empty when the child ended normally with nothing but Qt's messages and its
 // own reports on standard error.
 QString endedCleanly(const testsupport::ChildRun& run);
-
-// A drop of `urls` at `at` on `target` (a list's viewport or the window),
-// entered first as the desktop does. False when the drag was not accepted.
-bool dropUrls(QWidget* target, const QList<QUrl>& urls, QPoint at);
-
-// Whether `list`'s item `row` has an icon (a readable picture) or an empty one.
-bool hasThumbnail(const QListWidget* list, int row);
 
 } // namespace hostiletest

@@ -3,11 +3,10 @@
 // both lists, and dropped on both lists and on the window.
 
 #include "tests/hostile_intake/hostileintake.h"
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QFile>
 #include <QFileDialog>
@@ -17,8 +16,9 @@
 #include <QUrl>
 
 using namespace hostiletest;
+using namespace widgettest;
 using testsupport::HostileKind;
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 namespace {
 
@@ -38,7 +38,7 @@ QImage fittedTo(const QImage& background, const QSize& size)
 // is cancelled.
 void answerWithFolder(const QString& folder, std::shared_ptr<bool> answered, std::shared_ptr<bool> opened)
 {
-    intaketest::answerModal([folder, answered, opened](QWidget* modal) {
+    widgettest::ModalAnswerer::answerNext([folder, answered, opened](QWidget* modal) {
         auto* dialog = qobject_cast<QFileDialog*>(modal);
         auto* edit = dialog ? dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")) : nullptr;
         if (!edit)
@@ -73,12 +73,12 @@ PLENDRA_CHILD_SCENARIO("addForegroundNoPicture")
     auto window = openChildWindow();
     if (!window)
         return;
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     const QString path = qEnvironmentVariable(kPathVariable);
     reportListing(ui->listWidget, path);
-    auto seen = std::make_shared<intaketest::FileDialogSeen>();
-    intaketest::answerFileDialog({path}, seen);
-    intaketest::clickButton(ui->AddForegGround);
+    auto seen = std::make_shared<widgettest::FileDialogSeen>();
+    widgettest::answerFileDialog({path}, seen);
+    widgettest::clickButton(ui->AddForegGround);
     childReport(QStringLiteral("add returned"));
 }
 
@@ -123,7 +123,7 @@ void TestHostileAddDrop::init()
 void TestHostileAddDrop::cleanup()
 {
     MyGlobal::log.close();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
 }
 
 // Designed outcome of "Add" under FOREGROUNDS, by what the chosen path is:
@@ -158,22 +158,22 @@ void TestHostileAddDrop::addForeground()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QStringList before = itemTexts(ui->listWidget);
     if (HostileKind(kind) == HostileKind::Folder) {
         auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
         answerWithFolder(path, answered, opened);
-        intaketest::clickButton(ui->AddForegGround);
+        widgettest::clickButton(ui->AddForegGround);
         QVERIFY(*answered);
         QVERIFY2(*opened, "the dialog should have opened the folder");
         QCOMPARE(itemTexts(ui->listWidget), before);
         QCOMPARE(MyGlobal::CurSelection, green);
-        QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), QImage(green)));
-        QVERIFY(intaketest::samePixels(DialogTestAccess::preview(d).toImage(), asShown(QImage(green))));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), QImage(green)));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(QImage(green))));
     } else {
-        auto seen = std::make_shared<intaketest::FileDialogSeen>();
-        intaketest::answerFileDialog({path}, seen);
-        intaketest::clickButton(ui->AddForegGround);
+        auto seen = std::make_shared<widgettest::FileDialogSeen>();
+        widgettest::answerFileDialog({path}, seen);
+        widgettest::clickButton(ui->AddForegGround);
         QVERIFY(seen->answered);
         QVERIFY(seen->widgetBased);
         QCOMPARE(itemTexts(ui->listWidget), before + QStringList({path}));
@@ -182,8 +182,8 @@ void TestHostileAddDrop::addForeground()
         QCOMPARE(ui->listWidget->currentRow(), row);
         QCOMPARE(MyGlobal::CurSelection, path);
         const QImage photo(path);
-        QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), photo));
-        QVERIFY(intaketest::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
         QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
     }
     window.reset();
@@ -210,23 +210,23 @@ void TestHostileAddDrop::addBackground()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QImage photo(green);
     const QStringList before = itemTexts(ui->listWidget_Bk);
-    intaketest::markPreview(d);
+    widgettest::markPreview(d);
     if (HostileKind(kind) == HostileKind::Folder) {
         auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
         answerWithFolder(path, answered, opened);
-        intaketest::clickButton(ui->AddBackground);
+        widgettest::clickButton(ui->AddBackground);
         QVERIFY(*answered);
         QVERIFY2(*opened, "the dialog should have opened the folder");
         QCOMPARE(itemTexts(ui->listWidget_Bk), before);
         QCOMPARE(MyGlobal::CurSelectionBk, firstBackground);
-        QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), fittedTo(QImage(firstBackground), photo.size())));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(firstBackground), photo.size())));
     } else {
-        auto seen = std::make_shared<intaketest::FileDialogSeen>();
-        intaketest::answerFileDialog({path}, seen);
-        intaketest::clickButton(ui->AddBackground);
+        auto seen = std::make_shared<widgettest::FileDialogSeen>();
+        widgettest::answerFileDialog({path}, seen);
+        widgettest::clickButton(ui->AddBackground);
         QVERIFY(seen->answered);
         QCOMPARE(itemTexts(ui->listWidget_Bk), before + QStringList({path}));
         const int row = before.size();
@@ -234,13 +234,13 @@ void TestHostileAddDrop::addBackground()
         QCOMPARE(ui->listWidget_Bk->currentRow(), row);
         QCOMPARE(MyGlobal::CurSelectionBk, path);
         if (HostileKind(kind) == HostileKind::Image)
-            QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
+            QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
         else
             QVERIFY(DialogTestAccess::background(d).isNull());
     }
-    QVERIFY(!intaketest::previewRedrawnSinceMark(d));
+    QVERIFY(!widgettest::previewRedrawnSinceMark(d));
     QCOMPARE(MyGlobal::CurSelection, green);
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
     window.reset();
     QCOMPARE(c.unexpectedChanges(), QStringList());
 }
@@ -316,7 +316,7 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QListWidget* target = backgrounds ? ui->listWidget_Bk : ui->listWidget;
     QListWidget* other = backgrounds ? ui->listWidget : ui->listWidget_Bk;
     // Another row current first, so that the drop's making row 0 current shows.
@@ -324,7 +324,7 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     const QStringList before = itemTexts(target), otherBefore = itemTexts(other);
     const QImage foreground = DialogTestAccess::foreground(d), background = DialogTestAccess::background(d);
     const QString selection = MyGlobal::CurSelection, selectionBk = MyGlobal::CurSelectionBk;
-    intaketest::markPreview(d);
+    widgettest::markPreview(d);
 
     QVERIFY(dropUrls(target->viewport(), {dropped}, target->viewport()->rect().center()));
 
@@ -337,11 +337,11 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     }
     QCOMPARE(target->currentRow(), 0);
     QCOMPARE(itemTexts(other), otherBefore);
-    QVERIFY(!intaketest::previewRedrawnSinceMark(d));
+    QVERIFY(!widgettest::previewRedrawnSinceMark(d));
     QCOMPARE(MyGlobal::CurSelection, selection);
     QCOMPARE(MyGlobal::CurSelectionBk, selectionBk);
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), foreground));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), background));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), foreground));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), background));
     window.reset();
     QCOMPARE(c.unexpectedChanges(), QStringList());
 }
@@ -366,11 +366,11 @@ void TestHostileAddDrop::dropOnWindow()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
-    intaketest::clickRow(ui->listWidget, 1);
+    const widgettest::WindowWidgets ui(d);
+    widgettest::clickRow(ui->listWidget, 1);
     const QStringList before = itemTexts(ui->listWidget), beforeBk = itemTexts(ui->listWidget_Bk);
     const QImage foreground = DialogTestAccess::foreground(d), background = DialogTestAccess::background(d);
-    intaketest::markPreview(d);
+    widgettest::markPreview(d);
 
     const QPoint at(185, 445); // between FOREGROUNDS and the preview, below both
     QVERIFY(dropUrls(&d, {dropped}, at));
@@ -378,10 +378,10 @@ void TestHostileAddDrop::dropOnWindow()
     QCOMPARE(itemTexts(ui->listWidget), before);
     QCOMPARE(itemTexts(ui->listWidget_Bk), beforeBk);
     QCOMPARE(ui->listWidget->currentRow(), 0);
-    QVERIFY(intaketest::previewRedrawnSinceMark(d));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), foreground));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), background));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::preview(d).toImage(), asShown(foreground)));
+    QVERIFY(widgettest::previewRedrawnSinceMark(d));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), foreground));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), background));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(foreground)));
     MyGlobal::log.flush();
     QFile log(QStringLiteral("/tmp/log.txt"));
     QVERIFY(log.open(QIODevice::ReadOnly));
@@ -414,7 +414,7 @@ void TestHostileAddDrop::dropTheWholeCorpusAtOnce()
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QListWidget* list = target == 0 ? ui->listWidget : ui->listWidget_Bk;
     const QStringList before = itemTexts(list);
     QVERIFY(dropUrls(list->viewport(), urls, QPoint(10, 10)));

@@ -3,11 +3,10 @@
 // the bundle and the "Bkg" folder.
 
 #include "tests/hostile_intake/hostileintake.h"
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,8 +15,9 @@
 #include <QTest>
 
 using namespace hostiletest;
+using namespace widgettest;
 using testsupport::HostileKind;
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 namespace {
 
@@ -53,7 +53,7 @@ PLENDRA_CHILD_SCENARIO("clickHostileSecondSample")
     auto window = openChildWindow();
     if (!window)
         return;
-    intaketest::clickRow(DialogTestAccess::ui(*window)->listWidget, 1);
+    widgettest::clickRow(widgettest::WindowWidgets(*window).listWidget, 1);
     childReport(QStringLiteral("click returned"));
 }
 
@@ -62,7 +62,7 @@ class TestHostileStartup : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void hostileFirstSample_data() { addCorpusRows(); }
     void hostileFirstSample();
@@ -93,18 +93,18 @@ void TestHostileStartup::hostileFirstSample()
     if (HostileKind(kind) == HostileKind::Image) {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Ui_Dialog* ui = DialogTestAccess::ui(*window);
+        const widgettest::WindowWidgets ui(*window);
         QCOMPARE(itemTexts(ui->listWidget), QStringList({first, second}));
         QVERIFY(hasThumbnail(ui->listWidget, 0));
         QCOMPARE(ui->listWidget->currentRow(), 0);
         QCOMPARE(MyGlobal::CurSelection, first);
         const QImage photo(first);
         QVERIFY(!photo.isNull());
-        QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(*window), photo));
-        QVERIFY(intaketest::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
-        QVERIFY(!testsupport::shownPixmap(DialogTestAccess::scene(*window)).isNull());
+        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
+        QVERIFY(!widgettest::shownPixmap(DialogTestAccess::scene(*window)).isNull());
         QCOMPARE(MyGlobal::CurSelectionBk, c.appDir() + QStringLiteral("/Bkg/a.jpg"));
-        QVERIFY(intaketest::samePixels(DialogTestAccess::background(*window),
+        QVERIFY(testsupport::samePixels(DialogTestAccess::background(*window),
                                        fittedTo(QImage(c.appDir() + QStringLiteral("/Bkg/a.jpg")), photo.size())));
     } else {
         const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("hostileFirstSample"), c.childEnvironment());
@@ -135,19 +135,19 @@ void TestHostileStartup::hostileSecondSampleThenChosen()
     {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Ui_Dialog* ui = DialogTestAccess::ui(*window);
+        const widgettest::WindowWidgets ui(*window);
         QCOMPARE(itemTexts(ui->listWidget), QStringList({first, second}));
         QCOMPARE(hasThumbnail(ui->listWidget, 1), HostileKind(kind) == HostileKind::Image);
         QCOMPARE(MyGlobal::CurSelection, first);
-        QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(*window), QImage(first)));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), QImage(first)));
 
         if (HostileKind(kind) == HostileKind::Image) {
-            intaketest::clickRow(ui->listWidget, 1);
+            widgettest::clickRow(ui->listWidget, 1);
             const QImage photo(second);
             QCOMPARE(MyGlobal::CurSelection, second);
-            QCOMPARE(intaketest::selectedTexts(ui->listWidget), QStringList({second}));
-            QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(*window), photo));
-            QVERIFY(intaketest::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
+            QCOMPARE(widgettest::selectedTexts(ui->listWidget), QStringList({second}));
+            QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
+            QVERIFY(testsupport::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
             QCOMPARE(DialogTestAccess::background(*window).size(), photo.size());
         }
     }
@@ -195,15 +195,15 @@ void TestHostileStartup::bkgHoldingTheWholeCorpus()
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QCOMPARE(itemTexts(ui->listWidget_Bk), expected);
     for (int row = 0; row < expectedNames.size(); ++row)
         QVERIFY2(hasThumbnail(ui->listWidget_Bk, row) == readable.value(expectedNames.at(row)), qPrintable(expectedNames.at(row)));
     QCOMPARE(ui->listWidget_Bk->currentRow(), 0);
     QCOMPARE(MyGlobal::CurSelectionBk, expected.first());
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::background(*window), fittedTo(QImage(expected.first()), photo.size())));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(*window), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::background(*window), fittedTo(QImage(expected.first()), photo.size())));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
     window.reset();
     QCOMPARE(c.unexpectedChanges(), QStringList());
 }
@@ -232,7 +232,7 @@ void TestHostileStartup::hostileFirstBackgroundThenChosen()
     auto window = openWindow(c.appDir());
     QVERIFY(window);
     Dialog& d = *window;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
     const bool picture = HostileKind(kind) == HostileKind::Image;
     QCOMPARE(itemTexts(ui->listWidget_Bk), QStringList({path}));
@@ -240,19 +240,19 @@ void TestHostileStartup::hostileFirstBackgroundThenChosen()
     QCOMPARE(MyGlobal::CurSelectionBk, path);
     QCOMPARE(DialogTestAccess::background(d).isNull(), !picture);
     if (picture)
-        QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), photo));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
 
     const QImage backgroundBefore = DialogTestAccess::background(d);
-    intaketest::markPreview(d);
-    intaketest::clickRow(ui->listWidget_Bk, 0);
-    QVERIFY(!intaketest::previewRedrawnSinceMark(d));
+    widgettest::markPreview(d);
+    widgettest::clickRow(ui->listWidget_Bk, 0);
+    QVERIFY(!widgettest::previewRedrawnSinceMark(d));
     QCOMPARE(MyGlobal::CurSelectionBk, path);
     QCOMPARE(MyGlobal::xyClicked, QPoint(0, 0));
     QCOMPARE(DialogTestAccess::background(d).isNull(), !picture);
-    QVERIFY(intaketest::samePixels(DialogTestAccess::background(d), backgroundBefore));
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(d), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), backgroundBefore));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
     window.reset();
     QCOMPARE(c.unexpectedChanges(), QStringList());
 }
@@ -267,11 +267,11 @@ void TestHostileStartup::missingBkgFolder()
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Ui_Dialog* ui = DialogTestAccess::ui(*window);
+    const widgettest::WindowWidgets ui(*window);
     QCOMPARE(ui->listWidget_Bk->count(), 0);
     QVERIFY(DialogTestAccess::background(*window).isNull());
     QVERIFY(MyGlobal::CurSelectionBk.isEmpty());
-    QVERIFY(intaketest::samePixels(DialogTestAccess::foreground(*window), QImage(c.appDir() + QStringLiteral("/1green.JPG"))));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), QImage(c.appDir() + QStringLiteral("/1green.JPG"))));
     window.reset();
     QCOMPARE(c.unexpectedChanges(), QStringList());
 }

@@ -1,21 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/hostile_output/hostileoutputsupport.h"
 
-#include "mainwindow/dialog.h"
 #include "tests/keying/keyingoracle.h"
-#include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
-#include <QApplication>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QFile>
 #include <QFileInfo>
-#include <QListWidget>
-#include <QMimeData>
 #include <QRegularExpression>
-#include <QTest>
-#include <QUrl>
 
 namespace hostileoutput {
 
@@ -35,41 +25,6 @@ QImage keyedComposite(const QString& photoPath, const QImage& background, QPoint
 QImage fittedBackground(const QString& backgroundPath, QSize size)
 {
     return QImage(backgroundPath).scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
-}
-
-void clickItem(QListWidget* list, QListWidgetItem* item)
-{
-    list->scrollToItem(item);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualItemRect(item).center());
-}
-
-void dropFile(QListWidget* list, const QString& path)
-{
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(path)});
-    const QPointF at = QRectF(list->viewport()->rect()).center();
-    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(list->viewport(), &enter);
-    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(list->viewport(), &drop);
-}
-
-void pressPreview(Dialog& dialog, QPoint at)
-{
-    // QTest takes a press at the origin to mean the centre: send it as is.
-    testsupport::pressAt(DialogTestAccess::ui(dialog)->graphicsView->viewport(), Qt::LeftButton, at);
-}
-
-QSize previewViewportSize(Dialog& dialog)
-{
-    return DialogTestAccess::ui(dialog)->graphicsView->viewport()->size();
-}
-
-QList<QPoint> previewPressPoints(Dialog& dialog)
-{
-    const QSize v = previewViewportSize(dialog);
-    return {QPoint(0, 0), QPoint(v.width() - 1, 0), QPoint(0, v.height() - 1), QPoint(v.width() - 1, v.height() - 1),
-            QPoint(v.width() / 2, v.height() / 2), QPoint(20, 20)};
 }
 
 QByteArray formatForSuffix(const QString& fileName)

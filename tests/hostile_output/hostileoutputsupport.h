@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Shared pieces of the hostile keying and output tests: the composite worked
-// out pixel by pixel apart from the window, real presses and clicks on the
-// window's lists and preview, drops on BACKGROUNDS, and the reading of a
-// child's standard error after a named assertion.
+// Shared pieces of the hostile keying and output tests that need no widget:
+// the composite worked out pixel by pixel apart from the window, the format a
+// saved file must have, and the reading of a child's standard error after a
+// named assertion. The window itself comes from the window fixture.
 
 #include <QByteArray>
 #include <QImage>
 #include <QPoint>
+#include <QSize>
 #include <QString>
 #include <QStringList>
-
-class Dialog;
-class QListWidget;
-class QListWidgetItem;
 
 namespace hostileoutput {
 
@@ -26,19 +23,6 @@ QImage keyedComposite(const QString& photoPath, const QImage& background, QPoint
 
 // The background file as the window holds it for a photo of `size`.
 QImage fittedBackground(const QString& backgroundPath, QSize size);
-
-// A real left click on the row of `item` (scrolled into view first).
-void clickItem(QListWidget* list, QListWidgetItem* item);
-// Drops `path` onto the list's viewport as a file address from the desktop.
-void dropFile(QListWidget* list, const QString& path);
-// A real press of the left button on the preview, at exactly `at`.
-void pressPreview(Dialog& dialog, QPoint at);
-// The preview's viewport size.
-QSize previewViewportSize(Dialog& dialog);
-
-// The four corners of the preview's viewport, its centre and a point on the
-// backdrop near the top-left corner.
-QList<QPoint> previewPressPoints(Dialog& dialog);
 
 // What the image format of a saved file must be, by the suffix of the photo
 // it was made from (the name Qt's reader gives it).

@@ -6,10 +6,11 @@
 #include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -24,6 +25,7 @@
 #include <cstdio>
 
 using namespace hostileoutput;
+using namespace widgettest;
 
 namespace {
 
@@ -54,7 +56,7 @@ bool writeFile(const QString& path, const QByteArray& bytes)
 
 QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 {
-    const QString opener = outputtest::openerName() + QLatin1Char(' ');
+    const QString opener = testsupport::openerName() + QLatin1Char(' ');
     return {QProcess::splitCommand(opener + folder).mid(1), QProcess::splitCommand(opener + target).mid(1)};
 }
 
@@ -65,7 +67,7 @@ QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
     QFile probe(MyGlobal::outputDir + QStringLiteral("/probe"));
@@ -77,12 +79,13 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
         std::puts("probe refused");
     }
     std::fflush(stdout);
-    Dialog d;
-    d.show();
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
     pressPreview(d, kBackdrop);
-    QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+    QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
     std::puts(QFileInfo::exists(MyGlobal::outputDir + QStringLiteral("/1green.JPG")) ? "target written" : "target absent");
-    std::puts(DialogTestAccess::ui(d)->Run->isEnabled() ? "run enabled" : "run disabled");
+    std::puts(widgettest::WindowWidgets(d).Run->isEnabled() ? "run enabled" : "run disabled");
 }
 
 // No "Bkg" folder: no background is loaded, and a key click stops on the
@@ -90,12 +93,13 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    Dialog d;
-    d.show();
-    std::printf("backgrounds %d, null %d\n", int(DialogTestAccess::ui(d)->listWidget_Bk->count()),
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
+    std::printf("backgrounds %d, null %d\n", int(widgettest::WindowWidgets(d).listWidget_Bk->count()),
                 int(DialogTestAccess::background(d).isNull()));
     std::fflush(stdout);
     pressPreview(d, kBackdrop);
@@ -112,7 +116,7 @@ private:
     QString m_samples;
     QString m_noBkgSamples;
     QMap<QString, QByteArray> m_inputs;
-    outputtest::RecordingOpener m_opener;
+    testsupport::RecordingOpener m_opener;
     QString m_home;
     QString m_output;
     QMap<QString, QByteArray> m_homeAtStart;
@@ -145,7 +149,7 @@ private slots:
     {
         m_output = testsupport::emptyHomeWithOutputFolder(m_home);
         QVERIFY(!m_output.isEmpty());
-        testsupport::resetGlobals();
+        widgettest::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();
@@ -199,14 +203,15 @@ private slots:
         QCOMPARE(MyGlobal::outputDir, documents);
         QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
 
-        Dialog d;
-        d.show();
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         pressPreview(d, kBackdrop);
         QVERIFY(DialogTestAccess::foreground(d) != QImage(m_samples + QStringLiteral("/1green.JPG")));
-        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
         QCOMPARE(testsupport::treeDifferences(before, testsupport::snapshotTree(home.path())), QStringList());
         QCOMPARE(m_opener.calls(), openerCallsFor(documents, documents + QStringLiteral("/1green.JPG")));
-        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+        QVERIFY(widgettest::WindowWidgets(d).Run->isEnabled());
         QCOMPARE(homeChanges(), QStringList());
     }
 
@@ -246,14 +251,15 @@ private slots:
     {
         QVERIFY(QDir(m_output).removeRecursively());
         m_homeAtStart = testsupport::snapshotTree(m_home);
-        Dialog d;
-        d.show();
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         pressPreview(d, kBackdrop);
-        QTest::mouseClick(DialogTestAccess::ui(d)->Run, Qt::LeftButton);
+        QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
         QVERIFY(!QFileInfo::exists(m_output));
         QCOMPARE(homeChanges(), QStringList());
         QCOMPARE(m_opener.calls(), openerCallsFor(m_output, m_output + QStringLiteral("/1green.JPG")));
-        QVERIFY(DialogTestAccess::ui(d)->Run->isEnabled());
+        QVERIFY(widgettest::WindowWidgets(d).Run->isEnabled());
     }
 
     // Designed outcome: without a "Bkg" folder the window still opens with the
@@ -262,10 +268,10 @@ private slots:
     void missingBkgFolderAtStartUp()
     {
         MyGlobal::appDir = m_noBkgSamples;
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
+        const widgettest::WindowWidgets ui(d);
         QCOMPARE(ui->listWidget_Bk->count(), 0);
         QVERIFY(DialogTestAccess::background(d).isNull());
         QVERIFY(MyGlobal::CurSelectionBk.isEmpty());

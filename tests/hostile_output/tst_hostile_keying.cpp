@@ -7,10 +7,11 @@
 #include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -28,6 +29,7 @@
 #include <cstdlib>
 
 using namespace hostileoutput;
+using namespace widgettest;
 using testsupport::HostileEntry;
 using testsupport::HostileKind;
 
@@ -51,17 +53,18 @@ QImage asPreview(const QImage& image) { return QPixmap::fromImage(image).toImage
 PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
 {
     allowLargePhotos();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
     MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
     MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    Dialog d;
-    d.show();
+    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dFixture.ok());
+    Dialog& d = *dFixture.dialog;
     if (!QTest::qWaitForWindowExposed(&d))
         std::fputs("window not exposed\n", stdout);
     pressPreview(d, kBackdrop);
     std::printf("key point %d,%d\n", MyGlobal::xyClicked.x(), MyGlobal::xyClicked.y());
     std::fflush(stdout);
-    QListWidget* backgrounds = DialogTestAccess::ui(d)->listWidget_Bk;
+    QListWidget* backgrounds = widgettest::WindowWidgets(d).listWidget_Bk;
     dropFile(backgrounds, qEnvironmentVariable("PLENDRA_HOSTILE_ENTRY"));
     clickItem(backgrounds, backgrounds->item(backgrounds->count() - 1));
     std::puts("survived the click");
@@ -77,7 +80,7 @@ private:
     QString m_samples;
     QList<HostileEntry> m_corpus;
     QMap<QString, QByteArray> m_inputs;
-    outputtest::RecordingOpener m_opener;
+    testsupport::RecordingOpener m_opener;
     QString m_home;
     QString m_output;
     QMap<QString, QByteArray> m_homeAtStart;
@@ -97,7 +100,7 @@ private:
             + testsupport::entriesOfKind(m_corpus, HostileKind::Folder);
     }
 
-    static QSize viewSize(Dialog& d) { return DialogTestAccess::ui(d)->graphicsView->size(); }
+    static QSize viewSize(Dialog& d) { return widgettest::WindowWidgets(d).graphicsView->size(); }
 
     // The window shown on the offscreen screen, so that list rows have places.
     static bool showWindow(Dialog& d)
@@ -139,7 +142,7 @@ private slots:
         // An empty home holding the output folder that start-up makes.
         m_output = testsupport::emptyHomeWithOutputFolder(m_home);
         QVERIFY(!m_output.isEmpty());
-        testsupport::resetGlobals();
+        widgettest::resetGlobals();
         MyGlobal::appDir = m_samples;
         MyGlobal::outputDir = m_output;
         m_opener.forgetCalls();
@@ -162,9 +165,11 @@ private slots:
     void foregroundKeysAndSaves()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QImage& foreground = DialogTestAccess::foreground(d);
         QImage& background = DialogTestAccess::background(d);
         const QImage stored(entry.path);
@@ -196,7 +201,7 @@ private slots:
             QVERIFY2(foreground == expected, where);
             QVERIFY2(DialogTestAccess::preview(d).toImage() == asPreview(expected), where);
             QCOMPARE(MyGlobal::xyClicked, at); // a press at the origin counts as none
-            const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(d));
+            const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
             QVERIFY(!shown.isNull());
             QVERIFY(shown.width() <= MyGlobal::PrevSize.width() && shown.height() <= MyGlobal::PrevSize.height());
         }
@@ -228,7 +233,7 @@ private slots:
         const QString target = m_output + QLatin1Char('/') + name;
         const QByteArray format = formatForSuffix(name);
         const QList<QStringList> expectedCalls = {{m_output},
-                                                  QProcess::splitCommand(outputtest::openerName() + QLatin1Char(' ') + target).mid(1)};
+                                                  QProcess::splitCommand(testsupport::openerName() + QLatin1Char(' ') + target).mid(1)};
         QCOMPARE(m_opener.calls(), expectedCalls);
         QCOMPARE(ui->listWidget->currentRow(), 0);
         QVERIFY(ui->Run->isEnabled());
@@ -258,9 +263,11 @@ private slots:
     void oddBackgroundKeys()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QImage& foreground = DialogTestAccess::foreground(d);
         const QString photo = sample(QStringLiteral("1green.JPG"));
         const QImage stored(photo);
@@ -307,9 +314,11 @@ private slots:
     void unreadableBackgroundWithoutKeyPoint()
     {
         QFETCH(HostileEntry, entry);
-        Dialog d;
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         QVERIFY(showWindow(d));
-        Ui_Dialog* ui = DialogTestAccess::ui(d);
+        const widgettest::WindowWidgets ui(d);
         QListWidget* backgrounds = ui->listWidget_Bk;
         const int rowsBefore = backgrounds->count();
         dropFile(backgrounds, entry.path);

@@ -5,7 +5,7 @@
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

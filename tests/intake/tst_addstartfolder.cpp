@@ -2,7 +2,7 @@
 // Both "Add" buttons open their file dialog at the photographers' usual
 // starting point, "/Users", whatever the machine.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "mainwindow/dialog.h"
 
@@ -16,7 +16,7 @@
 
 #include <memory>
 
-using namespace intaketest;
+using namespace widgettest;
 
 namespace {
 
@@ -32,7 +32,7 @@ struct StartSeen
 // Answers the next file dialog with Escape, noting where it started.
 void noteStartAndCancel(std::shared_ptr<StartSeen> seen)
 {
-    answerModal([seen](QWidget* modal) {
+    ModalAnswerer::answerNext([seen](QWidget* modal) {
         auto* dialog = qobject_cast<QFileDialog*>(modal);
         if (!dialog)
             return false;

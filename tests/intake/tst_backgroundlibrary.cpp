@@ -2,12 +2,11 @@
 // BACKGROUNDS: start-up filling from "Bkg", the "Add" dialog, "Remove" and
 // clicks on backgrounds with and without a key point.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "keying/keymask.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -16,7 +15,9 @@
 #include <QListWidget>
 #include <QTest>
 
-using namespace intaketest;
+using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 
@@ -45,7 +46,7 @@ class TestBackgroundLibrary : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void bkgFolderListsPngAndJpgOnlyInNameOrder();
     void addDialogHasTheForegroundCaptionAndFilter();
@@ -68,9 +69,11 @@ void TestBackgroundLibrary::bkgFolderListsPngAndJpgOnlyInNameOrder()
         gif.write("GIF89a");
     }
     // The window read "Bkg" before c.gif was there; a second window reads it now.
-    Dialog again;
-    Ui_Dialog* ui = DialogTestAccess::ui(again);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
+    widgettest::Window againFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    QVERIFY(againFixture.ok());
+    Dialog& again = *againFixture.dialog;
+    const widgettest::WindowWidgets ui(again);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/A.JPG"));
     QVERIFY(samePixels(DialogTestAccess::background(again), fitted(w.path("Bkg/A.JPG"), QSize(320, 240))));
     // Start-up thumbnails are square.
@@ -83,7 +86,7 @@ void TestBackgroundLibrary::addDialogHasTheForegroundCaptionAndFilter()
     QVERIFY(w.ok());
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({}, seen);
-    clickButton(DialogTestAccess::ui(*w.dialog)->AddBackground);
+    clickButton(widgettest::WindowWidgets(*w.dialog).AddBackground);
     QVERIFY(seen->answered);
     QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
     QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
@@ -96,7 +99,7 @@ void TestBackgroundLibrary::addingTwoBackgroundsMakesTheSecondCurrentWithoutRedr
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString first = w.path("extra/sky.png"), second = w.path("extra/Sea.JPG");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(500, 300, 41), first));
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(150, 400, 42), second));
@@ -108,7 +111,7 @@ void TestBackgroundLibrary::addingTwoBackgroundsMakesTheSecondCurrentWithoutRedr
     clickButton(ui->AddBackground);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk),
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk),
              QStringList({w.path("Bkg/a.jpg"), w.path("Bkg/b.png"), first, second}));
     QCOMPARE(ui->listWidget_Bk->currentRow(), 3);
     QCOMPARE(selectedTexts(ui->listWidget_Bk), QStringList({second}));
@@ -124,7 +127,7 @@ void TestBackgroundLibrary::cancellingAddReloadsTheBackgroundFromItsFile()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     // A photo of another size rescales the background from its pixels twice:
     // 320 x 240 -> 37 x 29 -> 320 x 240 loses its detail.
     const QString tiny = w.path("tiny.png");
@@ -155,7 +158,7 @@ void TestBackgroundLibrary::clickingABackgroundAfterAKeyPointRekeysAtThatPoint()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QPoint keyPoint(25, 30); // on the green backdrop, away from the subject
     pressPreview(d, keyPoint.x(), keyPoint.y());
     QCOMPARE(MyGlobal::xyClicked, keyPoint);
@@ -184,8 +187,8 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
-    const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(d));
+    const widgettest::WindowWidgets ui(d);
+    const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
     clickRow(ui->listWidget_Bk, 1);
@@ -193,7 +196,7 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
     QCOMPARE(selectedTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png")}));
     QVERIFY(samePixels(DialogTestAccess::background(d), fitted(w.path("Bkg/b.png"), QSize(320, 240))));
     QVERIFY(!previewRedrawnSinceMark(d));
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shown.cacheKey());
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shown.cacheKey());
     QCOMPARE(MyGlobal::xyClicked, QPoint(0, 0));
 }
 
@@ -202,13 +205,13 @@ void TestBackgroundLibrary::removeShowsTheNextBackground()
     Window w({QStringLiteral("a.jpg"), QStringLiteral("b.png"), QStringLiteral("c.png")});
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const auto before = folderContents(w.dir.path());
     clickRow(ui->listWidget_Bk, 0);
     markPreview(d);
 
     clickButton(ui->RemoveBackground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), w.path("Bkg/c.png")}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), w.path("Bkg/c.png")}));
     QCOMPARE(ui->listWidget_Bk->currentRow(), 0);
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/b.png"));
     QVERIFY(samePixels(DialogTestAccess::background(d), fitted(w.path("Bkg/b.png"), QSize(320, 240))));
@@ -221,7 +224,7 @@ void TestBackgroundLibrary::removingEveryBackgroundKeepsTheLastRemovedOne()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     clickRow(ui->listWidget_Bk, 0);
     clickButton(ui->RemoveBackground);
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/b.png"));
@@ -241,7 +244,7 @@ void TestBackgroundLibrary::restartShowsOnlyTheBkgFolderAgain()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString added = w.path("elsewhere/added.png");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(64, 48, 5), added));
     const auto before = folderContents(w.dir.path());
@@ -251,11 +254,13 @@ void TestBackgroundLibrary::restartShowsOnlyTheBkgFolderAgain()
     QVERIFY(seen->answered);
     clickRow(ui->listWidget_Bk, 0);
     clickButton(ui->RemoveBackground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), added}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/b.png"), added}));
 
     w.dialog.reset();
-    Dialog restarted;
-    QCOMPARE(testsupport::itemTexts(DialogTestAccess::ui(restarted)->listWidget_Bk),
+    widgettest::Window restartedFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    QVERIFY(restartedFixture.ok());
+    Dialog& restarted = *restartedFixture.dialog;
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(restarted).listWidget_Bk),
              QStringList({w.path("Bkg/a.jpg"), w.path("Bkg/b.png")}));
     QCOMPARE(folderContents(w.dir.path()), before);
 }

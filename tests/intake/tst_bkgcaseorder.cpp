@@ -3,7 +3,7 @@
 // in letter case: every one of them is listed, in name order without regard
 // to case, and the first becomes the background.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
@@ -14,7 +14,7 @@
 #include <QListWidget>
 #include <QTest>
 
-using namespace intaketest;
+using namespace widgettest;
 
 namespace {
 
@@ -33,7 +33,7 @@ class TestBkgCaseOrder : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void namesDifferingOnlyInCaseAreAllListedInNameOrder();
 };
@@ -46,7 +46,7 @@ void TestBkgCaseOrder::namesDifferingOnlyInCaseAreAllListedInNameOrder()
     QVERIFY(w.ok());
     auto* backgrounds = w.dialog->findChild<QListWidget*>(QStringLiteral("listWidget_Bk"));
     QVERIFY(backgrounds);
-    const QStringList texts = testsupport::itemTexts(backgrounds);
+    const QStringList texts = widgettest::itemTexts(backgrounds);
 
     // Each item names its picture by its full path in "Bkg".
     for (const QString& text : texts)

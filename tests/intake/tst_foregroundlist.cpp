@@ -2,12 +2,11 @@
 // FOREGROUNDS: the "Add" dialog, "Remove", clicks on items, drops on the
 // window, and the supported image types.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "intake/imagetypes.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QApplication>
 #include <QFile>
@@ -17,7 +16,9 @@
 #include <QTest>
 #include <QUrl>
 
-using namespace intaketest;
+using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 
@@ -45,11 +46,12 @@ PLENDRA_CHILD_SCENARIO("clickWithoutBackground")
     if (!testsupport::makeSampleFolder(dir.path(), {}))
         return;
     MyGlobal::appDir = dir.path();
-    Dialog dialog;
-    dialog.show();
+    widgettest::Window dialogFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+    QVERIFY(dialogFixture.ok());
+    Dialog& dialog = *dialogFixture.dialog;
     if (!QTest::qWaitForWindowExposed(&dialog))
         return;
-    clickRow(DialogTestAccess::ui(dialog)->listWidget, 1);
+    clickRow(widgettest::WindowWidgets(dialog).listWidget, 1);
 }
 
 class TestForegroundList : public QObject
@@ -57,7 +59,7 @@ class TestForegroundList : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void supportedTypesInTheirThreeForms();
     void droppedEndings_data();
@@ -119,7 +121,7 @@ void TestForegroundList::addDialogIsQtsOwnWithCaptionAndFilter()
     QVERIFY(w.ok());
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({}, seen);
-    clickButton(DialogTestAccess::ui(*w.dialog)->AddForegGround);
+    clickButton(widgettest::WindowWidgets(*w.dialog).AddForegGround);
     QVERIFY(seen->answered);
     QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
     QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
@@ -131,13 +133,13 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString a = writePhoto(w, "p1.jpg", 200, 150, QColor(40, 180, 60), 1);
     const QString b = writePhoto(w, "p2.png", 120, 160, QColor(40, 70, 200), 2);
     const QString c = writePhoto(w, "P3.PNG", 180, 100, QColor(40, 180, 60), 3);
     QVERIFY(!a.isEmpty() && !b.isEmpty() && !c.isEmpty());
     const QByteArray bytesA = fileBytes(a), bytesB = fileBytes(b), bytesC = fileBytes(c);
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
     const QPoint keyPoint(33, 44);
     MyGlobal::xyClicked = keyPoint;
 
@@ -146,7 +148,7 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before + QStringList({a, b, c}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before + QStringList({a, b, c}));
     QCOMPARE(ui->listWidget->currentRow(), before.size() + 2);
     QCOMPARE(selectedTexts(ui->listWidget), QStringList({c}));
     QCOMPARE(MyGlobal::CurSelection, c);
@@ -167,8 +169,8 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const widgettest::WindowWidgets ui(d);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
     // Key the photo, so that the working copy differs from its file.
     pressPreview(d, 12, 12);
     QVERIFY(!samePixels(DialogTestAccess::foreground(d), QImage(MyGlobal::CurSelection)));
@@ -180,7 +182,7 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
     QCOMPARE(DialogTestAccess::background(d).size(), DialogTestAccess::foreground(d).size());
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(w.path("1green.JPG"))));
@@ -190,7 +192,7 @@ void TestForegroundList::unreadableFileGetsAnItemWithEmptyIcon()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString broken = w.path("broken.png");
     {
         QFile f(broken);
@@ -216,7 +218,7 @@ void TestForegroundList::sameFileAddedTwiceGivesTwoItems()
 {
     Window w;
     QVERIFY(w.ok());
-    Ui_Dialog* ui = DialogTestAccess::ui(*w.dialog);
+    const widgettest::WindowWidgets ui(*w.dialog);
     const QString blue = w.path("blue1.JPG");
     for (int i = 0; i < 2; ++i) {
         auto seen = std::make_shared<FileDialogSeen>();
@@ -224,7 +226,7 @@ void TestForegroundList::sameFileAddedTwiceGivesTwoItems()
         clickButton(ui->AddForegGround);
         QVERIFY(seen->answered);
     }
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), QStringList({w.path("1green.JPG"), blue, blue, blue}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), QStringList({w.path("1green.JPG"), blue, blue, blue}));
 }
 
 void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
@@ -232,7 +234,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     QListWidget* list = ui->listWidget;
     // Start from an empty list, then add A, B, C, D.
     clickRow(list, 0);
@@ -247,7 +249,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     answerFileDialog(abcd, seen);
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
-    QCOMPARE(testsupport::itemTexts(list), abcd);
+    QCOMPARE(widgettest::itemTexts(list), abcd);
 
     // D selected by a click; the arrow keys move the current row to B
     // without selecting; the space bar adds B to the selection.
@@ -260,7 +262,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
     QCOMPARE(selectedTexts(list), QStringList({abcd[1], abcd[3]}));
 
     clickButton(ui->RemoveForeground);
-    QCOMPARE(testsupport::itemTexts(list), QStringList({abcd[0], abcd[3]}));
+    QCOMPARE(widgettest::itemTexts(list), QStringList({abcd[0], abcd[3]}));
     QCOMPARE(list->currentRow(), 1);
     QCOMPARE(MyGlobal::CurSelection, abcd[3]);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(abcd[3])));
@@ -273,7 +275,7 @@ void TestForegroundList::removeTakesTheOneSelectedCurrentItem()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString green = w.path("1green.JPG"), blue = w.path("blue1.JPG");
     const QByteArray greenBytes = fileBytes(green);
     clickRow(ui->listWidget, 0);
@@ -282,7 +284,7 @@ void TestForegroundList::removeTakesTheOneSelectedCurrentItem()
     const QSize bkgSize = DialogTestAccess::background(d).size();
 
     clickButton(ui->RemoveForeground);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), QStringList({blue}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), QStringList({blue}));
     QCOMPARE(ui->listWidget->currentRow(), 0);
     QCOMPARE(MyGlobal::CurSelection, blue);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(blue)));
@@ -298,13 +300,13 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString green = w.path("1green.JPG");
     clickRow(ui->listWidget, 1);
     clickButton(ui->RemoveForeground);
     QCOMPARE(MyGlobal::CurSelection, green);
     clickRow(ui->listWidget, 0);
-    const QPixmap shownBefore = testsupport::shownPixmap(DialogTestAccess::scene(d));
+    const QPixmap shownBefore = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
     clickButton(ui->RemoveForeground);
@@ -312,7 +314,7 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
     QCOMPARE(ui->listWidget->currentRow(), -1);
     QCOMPARE(MyGlobal::CurSelection, green);
     QVERIFY(!previewRedrawnSinceMark(d));
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shownBefore.cacheKey());
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).cacheKey(), shownBefore.cacheKey());
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(green)));
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(green)));
     QVERIFY(QFile::exists(green));
@@ -323,7 +325,7 @@ void TestForegroundList::clickingAnItemShowsItAndFitsTheBackground()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString tall = writePhoto(w, "tall.png", 90, 200, QColor(40, 70, 200), 7);
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({tall}, seen);
@@ -343,7 +345,7 @@ void TestForegroundList::clickingAnItemShowsItAndFitsTheBackground()
     QCOMPARE(DialogTestAccess::background(d).size(), QSize(90, 200));
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(tall)));
     // The preview fits the photo into 415 x 345 keeping its shape.
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(155, 345));
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(155, 345));
 }
 
 void TestForegroundList::clickingAnItemAfterAKeyPointClearsIt()
@@ -351,7 +353,7 @@ void TestForegroundList::clickingAnItemAfterAKeyPointClearsIt()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     pressPreview(d, 15, 15);
     QCOMPARE(MyGlobal::xyClicked, QPoint(15, 15));
     QVERIFY(!samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
@@ -377,13 +379,13 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString photo = writePhoto(w, "dropped.png", 100, 80, QColor(40, 180, 60), 9);
     const QByteArray photoBytes = fileBytes(photo);
     clickRow(ui->listWidget, 1);
     pressPreview(d, 15, 15);
-    const QStringList fgBefore = testsupport::itemTexts(ui->listWidget);
-    const QStringList bkBefore = testsupport::itemTexts(ui->listWidget_Bk);
+    const QStringList fgBefore = widgettest::itemTexts(ui->listWidget);
+    const QStringList bkBefore = widgettest::itemTexts(ui->listWidget_Bk);
     markPreview(d);
 
     // main() opens the log in the real program.
@@ -402,8 +404,8 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
     QApplication::sendEvent(&d, &drop);
     MyGlobal::log.close();
 
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), fgBefore);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget_Bk), bkBefore);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), fgBefore);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), bkBefore);
     QCOMPARE(ui->listWidget->currentRow(), 0);
     // The preview is redrawn from the working photo, which keeps its keying.
     QVERIFY(previewRedrawnSinceMark(d));

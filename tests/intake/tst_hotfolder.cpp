@@ -2,12 +2,11 @@
 // The watched folder: the Preset dialog, the scan of the chosen folder and the
 // real file-system watcher's notifications.
 
-#include "tests/intake/intakefixture.h"
+#include "tests/fixture/windowfixture.h"
 
 #include "state/globals.h"
 #include "intake/preset.h"
 #include "mainwindow/dialog.h"
-#include "ui_dialog.h"
 
 #include <QDateTime>
 #include <QDialogButtonBox>
@@ -20,7 +19,9 @@
 #include <QPushButton>
 #include <QTest>
 
-using namespace intaketest;
+using namespace widgettest;
+using testsupport::fileBytes;
+using testsupport::samePixels;
 
 namespace {
 
@@ -80,7 +81,7 @@ QString readLog()
 bool choosePresetFolder(Dialog& d, const QString& folder)
 {
     auto handled = std::make_shared<bool>(false);
-    answerModal([folder, handled](QWidget* modal) {
+    ModalAnswerer::answerNext([folder, handled](QWidget* modal) {
         auto* preset = qobject_cast<Preset*>(modal);
         if (!preset)
             return false;
@@ -93,7 +94,7 @@ bool choosePresetFolder(Dialog& d, const QString& folder)
         *handled = true;
         return true;
     });
-    QPushButton* presets = DialogTestAccess::ui(d)->Presets;
+    QPushButton* presets = widgettest::WindowWidgets(d).Presets;
     presets->show();
     clickButton(presets);
     return *handled;
@@ -133,7 +134,7 @@ void TestHotFolder::init()
 void TestHotFolder::cleanup()
 {
     MyGlobal::log.close();
-    testsupport::resetGlobals();
+    widgettest::resetGlobals();
 }
 
 void TestHotFolder::presetFormAsBuilt()
@@ -212,7 +213,7 @@ void TestHotFolder::folderIsListedOldestFirstAndTheNewestShown()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot");
     QVERIFY(QDir().mkpath(hot));
     // Names in another order than their times, so the order can only come
@@ -225,11 +226,11 @@ void TestHotFolder::folderIsListedOldestFirstAndTheNewestShown()
     QMap<QString, QByteArray> bytes;
     for (const QString& name : QDir(hot).entryList(QDir::Files | QDir::Hidden))
         bytes.insert(name, fileBytes(hot + "/" + name));
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
 
     QVERIFY(choosePresetFolder(d, hot));
     QCOMPARE(MyGlobal::HotFolder_FG, hot);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before + QStringList({hot + "/a.jpg", hot + "/b.PNG", hot + "/d.tiff"}));
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before + QStringList({hot + "/a.jpg", hot + "/b.PNG", hot + "/d.tiff"}));
     QCOMPARE(ui->listWidget->currentRow(), before.size() + 2);
     QCOMPARE(selectedTexts(ui->listWidget), QStringList({hot + "/d.tiff"}));
     QCOMPARE(MyGlobal::CurSelection, hot + "/d.tiff");
@@ -249,9 +250,9 @@ void TestHotFolder::folderNamedLikeAnImageIsNotListed()
     const QString hot = w.path("hot");
     QVERIFY(QDir().mkpath(hot + "/x.jpg"));
     QVERIFY(writeFile(hot + "/photo.jpg", at(1), 1));
-    const QStringList before = testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
     QVERIFY(choosePresetFolder(d, hot));
-    QCOMPARE(testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget), before + QStringList({hot + "/photo.jpg"}));
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before + QStringList({hot + "/photo.jpg"}));
 }
 
 void TestHotFolder::pressingPresetsTwiceListsEveryImageTwice()
@@ -263,12 +264,12 @@ void TestHotFolder::pressingPresetsTwiceListsEveryImageTwice()
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/one.jpg", at(1), 1));
     QVERIFY(writeFile(hot + "/two.png", at(2), 2));
-    const QStringList before = testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
     QVERIFY(choosePresetFolder(d, hot));
     // The second time the folder is not chosen again: the hot folder stays.
     QVERIFY(choosePresetFolder(d, QString()));
     const QStringList twice({hot + "/one.jpg", hot + "/two.png", hot + "/one.jpg", hot + "/two.png"});
-    QCOMPARE(testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget), before + twice);
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before + twice);
     QCOMPARE(watcherOf(d)->directories(), QStringList({hot}));
 }
 
@@ -285,13 +286,13 @@ void TestHotFolder::closingPresetWithoutAFolderScansTheCurrentFolder()
     const QString previous = QDir::currentPath();
     QVERIFY(QDir::setCurrent(here));
     pressPreview(d, 20, 20);
-    const QStringList before = testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget);
+    const QStringList before = widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget);
 
     const bool handled = choosePresetFolder(d, QString());
     QDir::setCurrent(previous);
     QVERIFY(handled);
     QCOMPARE(MyGlobal::HotFolder_FG, QString());
-    QCOMPARE(testsupport::itemTexts(DialogTestAccess::ui(d)->listWidget), before);
+    QCOMPARE(widgettest::itemTexts(widgettest::WindowWidgets(d).listWidget), before);
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
     QVERIFY(watcherOf(d)->directories().isEmpty()); // the empty path is refused
 }
@@ -301,7 +302,7 @@ void TestHotFolder::newPhotoIsListedAndShownThenDeletionAddsTheNewestAgain()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/old1.jpg", at(1), 1));
@@ -324,7 +325,7 @@ void TestHotFolder::newPhotoIsListedAndShownThenDeletionAddsTheNewestAgain()
     QVERIFY(samePixels(DialogTestAccess::foreground(d), QImage(cameraShot)));
     QVERIFY(samePixels(DialogTestAccess::preview(d).toImage(), QImage(cameraShot)));
     // Fitted into the 415 x 345 preview box, shape kept.
-    QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(268, 345));
+    QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(d)).size(), QSize(268, 345));
     // Nothing is keyed, the key point stays and the background keeps its size.
     QCOMPARE(MyGlobal::xyClicked, keyPoint);
     QCOMPARE(DialogTestAccess::background(d).size(), bkgSize);
@@ -347,7 +348,7 @@ void TestHotFolder::changeInFolderAAddsTheNewestOfB()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString a = w.path("A"), b = w.path("B"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(a) && QDir().mkpath(b));
     QVERIFY(writeFile(a + "/a1.jpg", at(1), 1));
@@ -376,12 +377,12 @@ void TestHotFolder::notificationWithNoImageInTheFolderDoesNothing()
     Window w;
     QVERIFY(w.ok());
     Dialog& d = *w.dialog;
-    Ui_Dialog* ui = DialogTestAccess::ui(d);
+    const widgettest::WindowWidgets ui(d);
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/readme.txt", at(1), 1));
     QVERIFY(choosePresetFolder(d, hot));
-    const QStringList before = testsupport::itemTexts(ui->listWidget);
+    const QStringList before = widgettest::itemTexts(ui->listWidget);
     const QString shown = MyGlobal::CurSelection;
     markPreview(d);
 
@@ -389,7 +390,7 @@ void TestHotFolder::notificationWithNoImageInTheFolderDoesNothing()
     // The log line shows that the notification came and was handled.
     QTRY_VERIFY_WITH_TIMEOUT(readLog().contains(QStringLiteral("Directory Changed...") + hot + QStringLiteral("\n")),
                              kWatchTimeoutMs);
-    QCOMPARE(testsupport::itemTexts(ui->listWidget), before);
+    QCOMPARE(widgettest::itemTexts(ui->listWidget), before);
     QCOMPARE(MyGlobal::CurSelection, shown);
     QVERIFY(!previewRedrawnSinceMark(d));
 }

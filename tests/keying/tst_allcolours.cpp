@@ -8,7 +8,7 @@
 #include "tests/keying/keyingoracle.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QtTest>
 
 #include <cstring>

@@ -8,7 +8,7 @@
 #include "tests/keying/keyingtestdata.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QtTest>
 
 #include <thread>
@@ -382,9 +382,21 @@ void TestKeyMask::matchesOracleOnOddWidthsAndPaddedRows_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("padding"); // extra bytes at the end of each row
+    QTest::addColumn<QRgb>("key");
+    QTest::addColumn<int>("format");
+    // A bright key and a dark one: the loops leave out the dark-pixel test for
+    // the first only, so each form of the loop meets the row ends.
+    const struct { const char* name; QRgb key; } keys[] = {{"bright", qRgb(40, 180, 60)}, {"dark", qRgb(16, 48, 16)}};
+    const struct { const char* name; QImage::Format format; } formats[] = {{"RGB32", QImage::Format_RGB32},
+                                                                          {"ARGB32", QImage::Format_ARGB32}};
     for (int width : {1, 3, 7, 12, 33}) {
-        for (int padding : {0, 4, 12, 36})
-            QTest::addRow("%d wide, %d bytes of padding", width, padding) << width << padding;
+        for (int padding : {0, 4, 12, 36}) {
+            for (const auto& k : keys) {
+                for (const auto& f : formats)
+                    QTest::addRow("%d wide, %d bytes of padding, %s key, %s", width, padding, k.name, f.name)
+                        << width << padding << k.key << int(f.format);
+            }
+        }
     }
 }
 
@@ -392,37 +404,32 @@ void TestKeyMask::matchesOracleOnOddWidthsAndPaddedRows()
 {
     QFETCH(int, width);
     QFETCH(int, padding);
+    QFETCH(QRgb, key);
+    QFETCH(int, format);
     const int height = 9;
     const qsizetype stride = qsizetype(width) * 4 + padding;
     const QImage bkgSource = testsupport::randomImage(width, height, QImage::Format_ARGB32, 1234);
-
-    // A bright key and a dark one: the loops leave out the dark-pixel test for
-    // the first only, so each form of the loop meets the row ends.
-    for (QRgb key : {qRgb(40, 180, 60), qRgb(16, 48, 16)}) {
-        const QImage source = keyingdata::mixedPicture(width, height, key, quint32(width * 7 + padding));
-        for (QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32}) {
-            for (const Variant& v : variants()) {
-                // Images over buffers of our own, with marked padding that must survive.
-                std::vector<uchar> photoBytes(size_t(stride * height), 0xA5);
-                std::vector<uchar> bkgBytes(size_t(stride * height), 0x5A);
-                QImage img(photoBytes.data(), width, height, stride, format);
-                QImage bkg(bkgBytes.data(), width, height, stride, format);
-                for (int y = 0; y < height; ++y) {
-                    std::memcpy(img.scanLine(y), source.constScanLine(y), size_t(width) * 4);
-                    std::memcpy(bkg.scanLine(y), bkgSource.constScanLine(y), size_t(width) * 4);
-                }
-                QImage expected = img.copy();
-                oracle::maskOut(expected, bkg, key);
-                keying::maskOut(img, bkg, key, v.options);
-                QCOMPARE(img.constBits(), photoBytes.data()); // keyed in place
-                QString where;
-                QVERIFY2(keyingdata::samePixels(img, expected, &where), qPrintable(QLatin1String(v.name) + QLatin1String(": ") + where));
-                for (int y = 0; y < height; ++y) {
-                    for (int i = 0; i < padding; ++i) {
-                        QCOMPARE(photoBytes[size_t(y * stride + width * 4 + i)], uchar(0xA5));
-                        QCOMPARE(bkgBytes[size_t(y * stride + width * 4 + i)], uchar(0x5A));
-                    }
-                }
+    const QImage source = keyingdata::mixedPicture(width, height, key, quint32(width * 7 + padding));
+    for (const Variant& v : variants()) {
+        // Images over buffers of our own, with marked padding that must survive.
+        std::vector<uchar> photoBytes(size_t(stride * height), 0xA5);
+        std::vector<uchar> bkgBytes(size_t(stride * height), 0x5A);
+        QImage img(photoBytes.data(), width, height, stride, QImage::Format(format));
+        QImage bkg(bkgBytes.data(), width, height, stride, QImage::Format(format));
+        for (int y = 0; y < height; ++y) {
+            std::memcpy(img.scanLine(y), source.constScanLine(y), size_t(width) * 4);
+            std::memcpy(bkg.scanLine(y), bkgSource.constScanLine(y), size_t(width) * 4);
+        }
+        QImage expected = img.copy();
+        oracle::maskOut(expected, bkg, key);
+        keying::maskOut(img, bkg, key, v.options);
+        QCOMPARE(img.constBits(), photoBytes.data()); // keyed in place
+        QString where;
+        QVERIFY2(keyingdata::samePixels(img, expected, &where), qPrintable(QLatin1String(v.name) + QLatin1String(": ") + where));
+        for (int y = 0; y < height; ++y) {
+            for (int i = 0; i < padding; ++i) {
+                QCOMPARE(photoBytes[size_t(y * stride + width * 4 + i)], uchar(0xA5));
+                QCOMPARE(bkgBytes[size_t(y * stride + width * 4 + i)], uchar(0x5A));
             }
         }
     }

@@ -7,7 +7,7 @@
 #include "tests/keying/keyingoracle.h"
 #include "tests/support/testsupport.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QImageReader>
 #include <QPainter>
 #include <QTemporaryDir>

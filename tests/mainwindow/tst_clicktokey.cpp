@@ -2,8 +2,7 @@
 // A click in the preview keys the photo; rotation and the fatal checks.
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "tests/support/testsupport.h"
-#include "ui_dialog.h"
+#include "tests/fixture/windowfixture.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -68,14 +67,20 @@ void openWindowFromEnvironment()
 PLENDRA_CHILD_SCENARIO("clickWithoutBackground")
 {
     openWindowFromEnvironment();
-    Dialog window; // its "Bkg" folder is empty: no background is loaded
+    widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false)); // its "Bkg" folder is empty: no background is loaded
+    if (!windowFixture.ok())
+        return;
+    Dialog& window = *windowFixture.dialog;
     QMetaObject::invokeMethod(&window, "GVClicked", Q_ARG(int, 30), Q_ARG(int, 40));
 }
 
 PLENDRA_CHILD_SCENARIO("clickOnUnreadablePhoto")
 {
     openWindowFromEnvironment();
-    Dialog window;
+    widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    if (!windowFixture.ok())
+        return;
+    Dialog& window = *windowFixture.dialog;
     MyGlobal::CurSelection = MyGlobal::appDir + "/gone.JPG";
     QMetaObject::invokeMethod(&window, "GVClicked", Q_ARG(int, 30), Q_ARG(int, 40));
 }
@@ -83,7 +88,10 @@ PLENDRA_CHILD_SCENARIO("clickOnUnreadablePhoto")
 PLENDRA_CHILD_SCENARIO("startWithoutSamplePhotos")
 {
     openWindowFromEnvironment();
-    Dialog window;
+    widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+    if (!windowFixture.ok())
+        return;
+    Dialog& window = *windowFixture.dialog;
 }
 
 class TestClickToKey : public QObject
@@ -136,14 +144,14 @@ private slots:
         const QString path = writePhoto(markerPhoto(photo, sampled), "marker.png");
         QVERIFY(!path.isEmpty());
 
-        Dialog window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         QCOMPARE(ui->graphicsView->size(), QSize(421, 351));
         QVERIFY(ui->graphicsView->viewport()->width() > click.x());
         MyGlobal::CurSelection = path;
-        testsupport::pressAt(ui->graphicsView->viewport(), Qt::LeftButton, click);
+        widgettest::pressAt(ui->graphicsView->viewport(), Qt::LeftButton, click);
 
         const QImage& keyed = DialogTestAccess::foreground(window);
         QCOMPARE(keyed.size(), photo);
@@ -157,10 +165,11 @@ private slots:
         // grey, which keys nothing.
         const QSize photo(1000, 800);
         const QString path = writePhoto(markerPhoto(photo, QPoint(498, 398)), "marker2.png");
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
-        QTest::mousePress(DialogTestAccess::ui(window)->graphicsView->viewport(), Qt::LeftButton, Qt::NoModifier,
+        QTest::mousePress(widgettest::WindowWidgets(window).graphicsView->viewport(), Qt::LeftButton, Qt::NoModifier,
                           QPoint(211, 175));
         QCOMPARE(DialogTestAccess::foreground(window), QImage(path));
     }
@@ -178,18 +187,20 @@ private slots:
         QFETCH(Qt::MouseButton, button);
         const QSize photo(1000, 800);
         const QString path = writePhoto(markerPhoto(photo, QPoint(498, 398)), "marker3.png");
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
-        QTest::mousePress(DialogTestAccess::ui(window)->graphicsView->viewport(), button, Qt::NoModifier, QPoint(210, 175));
+        QTest::mousePress(widgettest::WindowWidgets(window).graphicsView->viewport(), button, Qt::NoModifier, QPoint(210, 175));
         QVERIFY(blockReplaced(DialogTestAccess::foreground(window), photo, QPoint(498, 398)));
     }
 
     void keyedPixelsTakeTheBackgroundAndThePreviewShowsThem()
     {
-        Dialog window;
-        window.show();
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         const QImage original = DialogTestAccess::foreground(window);
         const QImage& bkg = DialogTestAccess::background(window);
         // The sample's backdrop fills the upper-left corner.
@@ -203,7 +214,7 @@ private slots:
         // The full-size composite is kept for saving, a fitted copy is shown.
         QCOMPARE(DialogTestAccess::preview(window).toImage().convertToFormat(QImage::Format_RGB32),
                  keyed.convertToFormat(QImage::Format_RGB32));
-        const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(window));
+        const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(window));
         QCOMPARE(shown.size(), keyed.size().scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio));
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
     }
@@ -216,9 +227,10 @@ private slots:
             for (int x = 0; x < 400; ++x)
                 photo.setPixel(x, y, x < 200 ? qRgb(40, 180, 60) : qRgb(40, 60, 200));
         const QString path = writePhoto(photo, "halves.png");
-        Dialog window;
-        window.show();
-        QWidget* viewport = DialogTestAccess::ui(window)->graphicsView->viewport();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        QWidget* viewport = widgettest::WindowWidgets(window).graphicsView->viewport();
         MyGlobal::CurSelection = path;
 
         QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, QPoint(50, 150));
@@ -236,7 +248,9 @@ private slots:
 
     void shippedSelectorReturnsThePhotoAsStored()
     {
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         const QImage bkgBefore = DialogTestAccess::background(window);
         DialogTestAccess::foreground(window).fill(Qt::black); // as if keyed
         QVERIFY(QMetaObject::invokeMethod(&window, "on_Rotation_currentIndexChanged", Q_ARG(QString, QStringLiteral("0"))));
@@ -250,13 +264,15 @@ private slots:
     void quarterTurnSwapsTheSizeAndStretchesTheBackground()
     {
         const QString path = writePhoto(testsupport::studioShot(400, 300, QColor(40, 180, 60), 5), "turn.png");
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
         QVERIFY(QMetaObject::invokeMethod(&window, "on_Rotation_currentIndexChanged", Q_ARG(QString, QString())));
         const QImage bkg400 = DialogTestAccess::background(window);
         QCOMPARE(bkg400.size(), QSize(400, 300));
 
-        QComboBox* rotation = DialogTestAccess::ui(window)->Rotation;
+        QComboBox* rotation = widgettest::WindowWidgets(window).Rotation;
         rotation->addItem(QStringLiteral("90"));
         rotation->setCurrentIndex(1); // runs the handler, as a user's choice would
         QCOMPARE(DialogTestAccess::foreground(window).size(), QSize(300, 400));
@@ -271,12 +287,14 @@ private slots:
     void turningAgainDegradesTheBackground()
     {
         const QString path = writePhoto(testsupport::studioShot(400, 300, QColor(40, 180, 60), 6), "turn2.png");
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
         QVERIFY(QMetaObject::invokeMethod(&window, "on_Rotation_currentIndexChanged", Q_ARG(QString, QString())));
         DialogTestAccess::background(window) = testsupport::randomImage(400, 300, QImage::Format_RGB32, 9);
         const QImage fresh = DialogTestAccess::background(window);
-        QComboBox* rotation = DialogTestAccess::ui(window)->Rotation;
+        QComboBox* rotation = widgettest::WindowWidgets(window).Rotation;
         rotation->addItem(QStringLiteral("90"));
         rotation->setCurrentIndex(1);
         rotation->setCurrentIndex(0);
@@ -296,15 +314,16 @@ private slots:
             for (int x = 0; x < 400; ++x)
                 photo.setPixel(x, y, x < 200 ? qRgb(40, 180, 60) : qRgb(40, 60, 200));
         const QString path = writePhoto(photo, "halves2.png");
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
-        QTest::mousePress(DialogTestAccess::ui(window)->graphicsView->viewport(), Qt::LeftButton, Qt::NoModifier,
+        QTest::mousePress(widgettest::WindowWidgets(window).graphicsView->viewport(), Qt::LeftButton, Qt::NoModifier,
                           QPoint(30, 320));
         QCOMPARE(DialogTestAccess::foreground(window).pixel(390, 10), qRgb(40, 60, 200));
         QVERIFY(DialogTestAccess::foreground(window).pixel(10, 290) != qRgb(40, 180, 60));
 
-        QComboBox* rotation = DialogTestAccess::ui(window)->Rotation;
+        QComboBox* rotation = widgettest::WindowWidgets(window).Rotation;
         rotation->addItem(QStringLiteral("90"));
         rotation->setCurrentIndex(1);
         const QImage& turned = DialogTestAccess::foreground(window);
@@ -320,10 +339,11 @@ private slots:
     {
         const QSize photo(1000, 800);
         const QString path = writePhoto(markerPhoto(photo, QPoint(0, 0)), "origin.png");
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         MyGlobal::CurSelection = path;
-        testsupport::pressAt(DialogTestAccess::ui(window)->graphicsView->viewport(), Qt::LeftButton, QPoint(0, 0));
+        widgettest::pressAt(widgettest::WindowWidgets(window).graphicsView->viewport(), Qt::LeftButton, QPoint(0, 0));
         QVERIFY(blockReplaced(DialogTestAccess::foreground(window), photo, QPoint(0, 0)));
         // Not replayed by a rotation change: the photo comes back unkeyed.
         QVERIFY(QMetaObject::invokeMethod(&window, "on_Rotation_currentIndexChanged", Q_ARG(QString, QStringLiteral("0"))));

@@ -8,7 +8,7 @@
 // here, so that the backgrounds are plain colours that tell in the preview
 // and in the saved composite which background is in use.
 
-#include "tests/output/outputtestsupport.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/desktopsession.h"
 #include "tests/support/testsupport.h"
 
@@ -115,7 +115,7 @@ struct Program
 {
     QTemporaryDir home;
     Bundle bundle;
-    outputtest::RecordingOpener opener;
+    testsupport::RecordingOpener opener;
     std::unique_ptr<DesktopSession> app;
 
     bool start()

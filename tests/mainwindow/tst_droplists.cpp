@@ -4,8 +4,7 @@
 #include "mainwindow/dialog.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/gview.h"
-#include "tests/support/testsupport.h"
-#include "ui_dialog.h"
+#include "tests/fixture/windowfixture.h"
 
 #include <QApplication>
 #include <QDir>
@@ -19,7 +18,7 @@
 #include <QTest>
 #include <QUrl>
 
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 namespace {
 
@@ -157,10 +156,10 @@ private slots:
 
     void dropOnBackgroundsAddsThereAndLeavesThePreview()
     {
-        Dialog window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         const QStringList foregroundsBefore = itemTexts(ui->listWidget);
         const QStringList backgroundsBefore = itemTexts(ui->listWidget_Bk);
         const QImage previewBefore = DialogTestAccess::preview(window).toImage();
@@ -179,9 +178,10 @@ private slots:
 
     void dropOnForegroundsMakesTheFirstRowCurrent()
     {
-        Dialog window;
-        window.show();
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         const QImage previewBefore = DialogTestAccess::preview(window).toImage();
         ui->listWidget->setCurrentRow(1);
         const QString photo = m_samples.path() + "/blue1.JPG";
@@ -244,12 +244,13 @@ private slots:
 
     void windowAndListsAcceptEveryDragThatEnters()
     {
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QMimeData text;
         text.setText(QStringLiteral("not a file"));
-        for (QWidget* target : {DialogTestAccess::ui(window)->listWidget->viewport(),
-                                DialogTestAccess::ui(window)->listWidget_Bk->viewport()}) {
+        for (QWidget* target : {widgettest::WindowWidgets(window).listWidget->viewport(),
+                                widgettest::WindowWidgets(window).listWidget_Bk->viewport()}) {
             QDragEnterEvent enter(QPoint(5, 5), Qt::MoveAction, &text, Qt::LeftButton, Qt::NoModifier);
             enter.setAccepted(false);
             QApplication::sendEvent(target, &enter);

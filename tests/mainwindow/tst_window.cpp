@@ -4,8 +4,7 @@
 #include "state/globals.h"
 #include "state/webaddress.h"
 #include "mainwindow/dialog.h"
-#include "tests/support/testsupport.h"
-#include "ui_dialog.h"
+#include "tests/fixture/windowfixture.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -23,7 +22,7 @@
 #include <QTimer>
 #include <QUrl>
 
-using testsupport::itemTexts;
+using widgettest::itemTexts;
 
 // Receives the addresses handed to the desktop instead of a browser.
 class UrlRecorder : public QObject
@@ -102,8 +101,9 @@ private slots:
         QFETCH(QString, toolTip);
         QFETCH(bool, shown);
 
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QWidget* w = window.findChild<QWidget*>(name, Qt::FindDirectChildrenOnly);
         QVERIFY2(w, qPrintable(name));
         QCOMPARE(QString::fromLatin1(w->metaObject()->className()), className);
@@ -123,7 +123,9 @@ private slots:
 
     void childrenAreCreatedInFormOrder()
     {
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QStringList names;
         for (QObject* child : window.children()) {
             if (child->isWidgetType())
@@ -138,8 +140,9 @@ private slots:
 
     void windowSettings()
     {
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QCOMPARE(window.objectName(), QStringLiteral("Dialog"));
         QCOMPARE(window.size(), QSize(817, 539));
         QCOMPARE(window.windowTitle(), QStringLiteral("Plendra - photo v1.3"));
@@ -159,8 +162,9 @@ private slots:
 
     void noMaximiseButtonAndNoSizeGrip()
     {
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QVERIFY(!window.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
         QVERIFY(!window.isSizeGripEnabled());
         QVERIFY(!window.findChild<QSizeGrip*>());
@@ -176,7 +180,9 @@ private slots:
     void listSettings()
     {
         QFETCH(QString, name);
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         auto* list = window.findChild<QListWidget*>(name);
         QVERIFY(list);
         QVERIFY(list->acceptDrops());
@@ -190,8 +196,10 @@ private slots:
 
     void buttonAndDecorationSettings()
     {
-        Dialog window;
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         QCOMPARE(ui->Run->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
         QCOMPARE(ui->Run->sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
         QCOMPARE(ui->Run->font().pointSize(), 15);
@@ -231,8 +239,10 @@ private slots:
 
     void constructorFillsTheWindow()
     {
-        Dialog window;
-        Ui_Dialog* ui = DialogTestAccess::ui(window);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        const widgettest::WindowWidgets ui(window);
         const QString dir = m_samples.path();
         QCOMPARE(itemTexts(ui->listWidget), QStringList({dir + "/1green.JPG", dir + "/blue1.JPG"}));
         QCOMPARE(ui->listWidget->currentRow(), 0);
@@ -259,7 +269,7 @@ private slots:
         // full-size picture is kept for saving.
         QCOMPARE(DialogTestAccess::preview(window).toImage().convertToFormat(QImage::Format_RGB32),
                  fg.convertToFormat(QImage::Format_RGB32));
-        const QPixmap shown = testsupport::shownPixmap(DialogTestAccess::scene(window));
+        const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(window));
         QCOMPARE(shown.size(), fg.size().scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio));
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
 
@@ -273,10 +283,10 @@ private slots:
         QVERIFY(testsupport::makeSampleFolder(dir.path(), {}));
         MyGlobal::appDir = dir.path();
         MyGlobal::CurSelectionBk = QStringLiteral("earlier");
-        Dialog window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(DialogTestAccess::ui(window)->listWidget_Bk->count(), 0);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        QCOMPARE(widgettest::WindowWidgets(window).listWidget_Bk->count(), 0);
         QVERIFY(DialogTestAccess::background(window).isNull());
         QCOMPARE(MyGlobal::CurSelectionBk, QStringLiteral("earlier"));
         QVERIFY(!DialogTestAccess::preview(window).isNull());
@@ -288,8 +298,10 @@ private slots:
         QVERIFY(testsupport::makeSampleFolder(dir.path(), {}));
         QVERIFY(QDir(dir.path()).rmdir(QStringLiteral("Bkg")));
         MyGlobal::appDir = dir.path();
-        Dialog window;
-        QCOMPARE(DialogTestAccess::ui(window)->listWidget_Bk->count(), 0);
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
+        QCOMPARE(widgettest::WindowWidgets(window).listWidget_Bk->count(), 0);
         QVERIFY(DialogTestAccess::background(window).isNull());
     }
 
@@ -300,9 +312,11 @@ private slots:
                                                            QStringLiteral("d.jpeg"), QStringLiteral("e.Png"), QStringLiteral("f.jPg"),
                                                            QStringLiteral("g.bmp"), QStringLiteral("h.tif")}));
         MyGlobal::appDir = dir.path();
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         const QString bkg = dir.path() + "/Bkg/";
-        QCOMPARE(itemTexts(DialogTestAccess::ui(window)->listWidget_Bk),
+        QCOMPARE(itemTexts(widgettest::WindowWidgets(window).listWidget_Bk),
                  QStringList({bkg + "A.JPG", bkg + "b.png", bkg + "e.Png", bkg + "f.jPg"}));
         QCOMPARE(MyGlobal::CurSelectionBk, bkg + "A.JPG");
         const QImage& fg = DialogTestAccess::foreground(window);
@@ -312,9 +326,9 @@ private slots:
 
     void closingAlwaysSucceedsWithResultZero()
     {
-        Dialog window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         bool closed = false;
         QTimer::singleShot(0, &window, [&] { closed = window.close(); });
         const int result = window.exec();
@@ -325,22 +339,25 @@ private slots:
 
     void languageChangeDropsTheVersionFromTheTitle()
     {
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QCOMPARE(window.windowTitle(), QStringLiteral("Plendra - photo v1.3"));
         QEvent change(QEvent::LanguageChange);
         QApplication::sendEvent(&window, &change);
         QCOMPARE(window.windowTitle(), QStringLiteral("Plendra - photo"));
-        QCOMPARE(DialogTestAccess::ui(window)->Run->text(), QStringLiteral("Save Image"));
+        QCOMPARE(widgettest::WindowWidgets(window).Run->text(), QStringLiteral("Save Image"));
     }
 
     void helpOpensTheHelpPage()
     {
-        Dialog window;
-        window.show();
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         UrlRecorder recorder;
         const QString scheme = QUrl(productWebAddress()).scheme();
         QDesktopServices::setUrlHandler(scheme, &recorder, "open");
-        QTest::mouseClick(DialogTestAccess::ui(window)->Help, Qt::LeftButton);
+        QTest::mouseClick(widgettest::WindowWidgets(window).Help, Qt::LeftButton);
         QDesktopServices::unsetUrlHandler(scheme);
         QCOMPARE(recorder.opened.size(), 1);
         QCOMPARE(recorder.opened.first(), QUrl(productWebAddress() + "/help.html"));
@@ -349,17 +366,21 @@ private slots:
 
     void editingDoneRefreshesAndStopsTheTimer()
     {
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QImage& fg = DialogTestAccess::foreground(window);
         fg.fill(Qt::red);
         QVERIFY(QMetaObject::invokeMethod(&window, "EditingDone"));
         QCOMPARE(DialogTestAccess::preview(window).toImage().pixel(0, 0), qRgb(255, 0, 0));
-        QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage().pixel(5, 5), qRgb(255, 0, 0));
+        QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage().pixel(5, 5), qRgb(255, 0, 0));
     }
 
     void updateProgressProcessesPendingEvents()
     {
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         bool delivered = false;
         QTimer::singleShot(0, &window, [&] { delivered = true; });
         QVERIFY(QMetaObject::invokeMethod(&window, "UpdateProgress", Q_ARG(int, 42)));
@@ -387,14 +408,16 @@ private slots:
         QFETCH(QString, slot);
         QFETCH(int, pos);
         QFETCH(int, textAlign);
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         const QImage before = DialogTestAccess::preview(window).toImage();
-        const QImage shownBefore = testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage();
+        const QImage shownBefore = widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage();
         QVERIFY(QMetaObject::invokeMethod(&window, slot.toLatin1().constData()));
         QCOMPARE(DialogTestAccess::pos(window), pos);
         QCOMPARE(DialogTestAccess::textAlign(window), textAlign);
         QCOMPARE(DialogTestAccess::preview(window).toImage(), before);
-        QCOMPARE(testsupport::shownPixmap(DialogTestAccess::scene(window)).toImage(), shownBefore);
+        QCOMPARE(widgettest::shownPixmap(DialogTestAccess::scene(window)).toImage(), shownBefore);
         QCOMPARE(DialogTestAccess::scene(window)->items().size(), 1);
     }
 
@@ -424,7 +447,9 @@ private slots:
         QVERIFY(icon.save(work.path() + "/icon.png"));
         const QString previous = QDir::currentPath();
         QVERIFY(QDir::setCurrent(work.path()));
-        Dialog window;
+        widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        QVERIFY(windowFixture.ok());
+        Dialog& window = *windowFixture.dialog;
         QDir::setCurrent(previous);
         QVERIFY(!window.windowIcon().isNull());
         QCOMPARE(window.windowIcon().pixmap(48, 48).toImage().pixel(10, 10), QColor(Qt::magenta).rgb());

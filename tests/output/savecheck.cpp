@@ -2,8 +2,9 @@
 #include "tests/output/savecheck.h"
 
 #include "keying/keymask.h"
-#include "tests/output/outputtestsupport.h"
 #include "tests/support/desktopsession.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/testsupport.h"
 
 #include <QDir>
@@ -14,6 +15,10 @@
 #include <QTest>
 
 namespace outputtest {
+
+using testsupport::changedEntries;
+using testsupport::listTree;
+using testsupport::RecordingOpener;
 
 namespace {
 

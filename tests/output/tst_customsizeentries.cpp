@@ -7,7 +7,7 @@
 // stays open with its fields as typed.
 #include "state/globals.h"
 #include "output/customsize.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/modalanswerer.h"
 #include "tests/support/testsupport.h"
 
 #include <QAbstractButton>
@@ -97,7 +97,7 @@ void CustomSizeEntriesTest::typedSize()
         ask.done(kLeftOpenAfterMessage);
     });
 
-    outputtest::ModalAnswerer answerer([&](QWidget* modal) {
+    widgettest::ModalAnswerer answerer([&](QWidget* modal) {
         if (modal == &ask) {
             // Typed for real into the fields, then "Ok" clicked; from a timer
             // of its own, so that this answerer stays free to see the

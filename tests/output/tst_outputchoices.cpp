@@ -5,7 +5,9 @@
 #include "mainwindow/dialog.h"
 #include "output/customsize.h"
 #include "output/outputchoices.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/foldertree.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/testsupport.h"
 
 #include <QApplication>
@@ -18,7 +20,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using outputtest::ModalAnswerer;
+using widgettest::ModalAnswerer;
 
 namespace {
 
@@ -295,9 +297,9 @@ private slots:
         QVERIFY(samples.isValid());
         QVERIFY(testsupport::makeSampleFolder(samples.path()));
         MyGlobal::appDir = samples.path();
-        Dialog d;
-        d.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        Dialog& d = *dFixture.dialog;
         auto* box = new QComboBox(&d);
         box->setObjectName(QStringLiteral("comboBox"));
         box->addItems({QStringLiteral("Original"), QStringLiteral("640x480"), QStringLiteral("320x240"),

@@ -5,8 +5,8 @@
 // appended unquoted to its command line, cut into arguments at the blanks.
 #include "state/globals.h"
 #include "mainwindow/dialog.h"
-#include "tests/intake/intakefixture.h"
-#include "tests/output/outputtestsupport.h"
+#include "tests/fixture/windowfixture.h"
+#include "tests/support/recordingopener.h"
 #include "tests/support/testsupport.h"
 
 #include <QApplication>
@@ -49,7 +49,7 @@ class SaveOddNamesTest : public QObject
     Q_OBJECT
 
 private:
-    outputtest::RecordingOpener m_opener;
+    testsupport::RecordingOpener m_opener;
 
 private slots:
     void initTestCase()
@@ -58,7 +58,7 @@ private slots:
         m_opener.putFirstOnPath();
     }
 
-    void cleanup() { testsupport::resetGlobals(); }
+    void cleanup() { widgettest::resetGlobals(); }
 
     void blankInFolderQuoteAndBackslashInName();
 };
@@ -79,7 +79,7 @@ void SaveOddNamesTest::blankInFolderQuoteAndBackslashInName()
     QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 5), photo));
     QCOMPARE(QFileInfo(photo).fileName(), name);
 
-    intaketest::Window w;
+    widgettest::Window w;
     QVERIFY(w.ok());
     MyGlobal::outputDir = output;
     auto* foregrounds = w.dialog->findChild<QListWidget*>(QStringLiteral("listWidget"));
@@ -90,7 +90,7 @@ void SaveOddNamesTest::blankInFolderQuoteAndBackslashInName()
     QVERIFY(dropFile(foregrounds, photo));
     QCOMPARE(foregrounds->count(), 3);
     QCOMPARE(foregrounds->item(2)->text(), photo);
-    intaketest::clickRow(foregrounds, 2);
+    widgettest::clickRow(foregrounds, 2);
     QCOMPARE(MyGlobal::CurSelection, photo);
 
     m_opener.forgetCalls();
@@ -110,7 +110,7 @@ void SaveOddNamesTest::blankInFolderQuoteAndBackslashInName()
     QCOMPARE(reader.format(), QByteArray("png"));
     const QImage saved = reader.read();
     QVERIFY2(!saved.isNull(), qPrintable(reader.errorString()));
-    QVERIFY(intaketest::samePixels(saved, QImage(photo)));
+    QVERIFY(testsupport::samePixels(saved, QImage(photo)));
 
     // The opener is called on the folder, then on the file. The blank cuts
     // each path in two. In the file's path the lone double quote opens a
@@ -123,7 +123,7 @@ void SaveOddNamesTest::blankInFolderQuoteAndBackslashInName()
     QCOMPARE(m_opener.calls(), expected);
     // That is exactly how Qt cuts a command line into a program and its
     // arguments.
-    const QString opener = outputtest::openerName();
+    const QString opener = testsupport::openerName();
     QCOMPARE(QProcess::splitCommand(opener + QLatin1Char(' ') + output), QStringList{opener} + expected.at(0));
     QCOMPARE(QProcess::splitCommand(opener + QLatin1Char(' ') + target), QStringList{opener} + expected.at(1));
 

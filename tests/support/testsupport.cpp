@@ -1,19 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/testsupport.h"
 
-#include "state/globals.h"
-#include "mainwindow/dialog.h"
-#include "ui_dialog.h"
-
-#include <QApplication>
 #include <QCoreApplication>
-#include <QMouseEvent>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QGraphicsPixmapItem>
-#include <QGraphicsScene>
 #include <QImageWriter>
-#include <QListWidget>
 #include <QMap>
 #include <QPainter>
 #include <QPainterPath>
@@ -24,15 +16,6 @@
 #include <cstring>
 
 #include <unistd.h>
-
-QImage& DialogTestAccess::foreground(Dialog& d) { return d.m_foreground; }
-QImage& DialogTestAccess::background(Dialog& d) { return d.m_bkg; }
-QPixmap& DialogTestAccess::preview(Dialog& d) { return d.m_preview; }
-QGraphicsScene* DialogTestAccess::scene(Dialog& d) { return d.m_scene; }
-Ui_Dialog* DialogTestAccess::ui(Dialog& d) { return d.ui; }
-int DialogTestAccess::pos(Dialog& d) { return d.m_pos; }
-int DialogTestAccess::textAlign(Dialog& d) { return d.m_textAlign; }
-int DialogTestAccess::flag(Dialog& d) { return d.m_flag; }
 
 namespace testsupport {
 
@@ -119,17 +102,6 @@ bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames,
     return ok;
 }
 
-void resetGlobals()
-{
-    MyGlobal::appDir.clear();
-    MyGlobal::HotFolder_FG.clear();
-    MyGlobal::xyClicked = QPoint(0, 0);
-    MyGlobal::outputDir.clear();
-    MyGlobal::CurSelection.clear();
-    MyGlobal::CurSelectionBk.clear();
-    MyGlobal::LasHotFile.clear();
-}
-
 QString emptyHomeWithOutputFolder(const QString& home)
 {
     QDir dir(home);
@@ -162,29 +134,19 @@ double meanDifference(const QImage& a, const QImage& b)
     return sum / (3.0 * x.width() * x.height());
 }
 
-QStringList itemTexts(const QListWidget* list)
+bool samePixels(const QImage& a, const QImage& b)
 {
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts << list->item(i)->data(Qt::DisplayRole).toString();
-    return texts;
+    if (a.size() != b.size() || a.isNull() != b.isNull())
+        return false;
+    return a.convertToFormat(QImage::Format_ARGB32) == b.convertToFormat(QImage::Format_ARGB32);
 }
 
-QPixmap shownPixmap(QGraphicsScene* scene)
+QByteArray fileBytes(const QString& path)
 {
-    const QList<QGraphicsItem*> items = scene->items();
-    for (QGraphicsItem* item : items) {
-        if (auto* pixmapItem = dynamic_cast<QGraphicsPixmapItem*>(item))
-            return pixmapItem->pixmap();
-    }
-    return QPixmap();
-}
-
-void pressAt(QWidget* widget, Qt::MouseButton button, QPoint at)
-{
-    QMouseEvent press(QEvent::MouseButtonPress, QPointF(at), widget->mapToGlobal(QPointF(at)), button, button,
-                      Qt::NoModifier);
-    QApplication::sendEvent(widget, &press);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    return file.readAll();
 }
 
 namespace {

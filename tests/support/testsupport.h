@@ -1,40 +1,20 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Helpers shared by Plendra's tests: sample folders of generated photos,
-// access to the window's working state, and child processes for the checks
-// that end the program.
+// Helpers shared by Plendra's tests that need no widget: generated photos and
+// sample folders, image comparisons, temporary homes, and child processes for
+// the checks that end the program. The window's tests add the window fixture
+// (tests/fixture/windowfixture.h) on top.
 
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
 #include <QList>
-#include <QPixmap>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
-
-class Dialog;
-class QGraphicsScene;
-class QListWidget;
-class QWidget;
-class Ui_Dialog;
-
-// Read and write access to the main window's working state, for tests only.
-class DialogTestAccess
-{
-public:
-    static QImage& foreground(Dialog& d);
-    static QImage& background(Dialog& d);
-    static QPixmap& preview(Dialog& d);
-    static QGraphicsScene* scene(Dialog& d);
-    static Ui_Dialog* ui(Dialog& d);
-    static int pos(Dialog& d);
-    static int textAlign(Dialog& d);
-    static int flag(Dialog& d);
-};
 
 namespace testsupport {
 
@@ -56,9 +36,6 @@ bool writeImage(const QImage& image, const QString& path, int quality = 95);
 bool makeSampleFolder(const QString& folder, const QStringList& backgroundNames = {QStringLiteral("a.jpg"), QStringLiteral("b.png")},
                       int width = 320, int height = 240);
 
-// Puts the process-wide paths and the key point back to their start values.
-void resetGlobals();
-
 // Empties `home` (hidden entries too) and makes the output folder that
 // start-up makes in it, "Documents/Plendra"; returns that folder's path.
 QString emptyHomeWithOutputFolder(const QString& home);
@@ -67,15 +44,11 @@ QString emptyHomeWithOutputFolder(const QString& home);
 // compared as 32-bit RGB (0 when equal, 255 at most).
 double meanDifference(const QImage& a, const QImage& b);
 
-// Texts of a list's items, in order.
-QStringList itemTexts(const QListWidget* list);
+// Equal size and equal pixels, compared in one format.
+bool samePixels(const QImage& a, const QImage& b);
 
-// The scaled pixmap shown by a preview scene (null when it shows none).
-QPixmap shownPixmap(QGraphicsScene* scene);
-
-// Presses a mouse button at exactly `at` (QTest takes the origin to mean the
-// widget's centre).
-void pressAt(QWidget* widget, Qt::MouseButton button, QPoint at);
+// The bytes of a file, to show afterwards that nothing wrote to it.
+QByteArray fileBytes(const QString& path);
 
 // Runs this test program again as a child that only calls the scenario
 // registered under `name`, and reports how it ended.
@@ -120,6 +93,17 @@ class IsolatedHome;
 IsolatedHome* isolateHome();
 } // namespace testsupport
 
+// The application a test program runs in: a widget test (one that links Qt's
+// widgets) gets a QApplication, any other test a QGuiApplication, as QTEST_MAIN
+// chooses.
+#ifdef QT_WIDGETS_LIB
+#include <QApplication>
+#define PLENDRA_TEST_APPLICATION QApplication
+#else
+#include <QGuiApplication>
+#define PLENDRA_TEST_APPLICATION QGuiApplication
+#endif
+
 // Like QTEST_MAIN, with an isolated home; a run with "--child <name>" executes
 // that scenario instead of the tests.
 #define PLENDRA_TEST_MAIN(TestObject)                                                                        \
@@ -127,7 +111,7 @@ IsolatedHome* isolateHome();
     {                                                                                                        \
         if (!testsupport::isolateHome())                                                                     \
             return 2;                                                                                        \
-        QApplication app(argc, argv);                                                                        \
+        PLENDRA_TEST_APPLICATION app(argc, argv);                                                            \
         int childExit = 0;                                                                                   \
         if (testsupport::runRequestedChildScenario(argc, argv, &childExit))                                  \
             return childExit;                                                                                \

@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: MIT
+// Choosing each listed item of both lists when it is hostile: files that went
+// away or cannot be read, and every entry of the corpus.
+
+#include "tests/hostile_intake/hostileintake.h"
+#include "tests/hostile_intake/hostilewatch.h"
+#include "tests/fixture/windowfixture.h"
+
+#include "state/globals.h"
+#include "intake/preset.h"
+#include "mainwindow/dialog.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+#include <QUrl>
+
+#include <algorithm>
+
+using namespace hostiletest;
+using namespace widgettest;
+using testsupport::HostileKind;
+using widgettest::itemTexts;
+
+// A listed photo that goes before it is chosen.
+PLENDRA_CHILD_SCENARIO("clickFileGoneBeforeLoading")
+{
+    auto window = openChildWindow();
+    if (!window)
+        return;
+    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
+    const QString path = qEnvironmentVariable(kPathVariable);
+    dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
+    const int row = rowOf(list, path);
+    if (row < 0 || !QFile::remove(path))
+        return childReport(QStringLiteral("not listed"));
+    childReport(QStringLiteral("removed once listed"));
+    widgettest::clickRow(list, row);
+    childReport(QStringLiteral("click returned"));
+}
+
+// A listed entry that is no picture, chosen under FOREGROUNDS.
+PLENDRA_CHILD_SCENARIO("chooseForegroundNoPicture")
+{
+    auto window = openChildWindow();
+    if (!window)
+        return;
+    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
+    const QString path = qEnvironmentVariable(kPathVariable);
+    dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
+    const int row = rowOf(list, path);
+    if (row < 0)
+        return childReport(QStringLiteral("not listed"));
+    childReport(QStringLiteral("listed"));
+    widgettest::clickRow(list, row);
+    childReport(QStringLiteral("click returned"));
+}
+
+// A photo without read permission through one way in (kKindVariable).
+PLENDRA_CHILD_SCENARIO("withoutReadPermission")
+{
+    const QString path = qEnvironmentVariable(kPathVariable);
+    const QString route = qEnvironmentVariable(kKindVariable);
+    QFile probe(path);
+    if (probe.open(QIODevice::ReadOnly))
+        return childReport(QStringLiteral("permission ignored"));
+    childReport(QStringLiteral("permission holds"));
+    auto window = openChildWindow();
+    if (!window)
+        return;
+    Dialog& d = *window;
+    const widgettest::WindowWidgets ui(d);
+    const auto reportBackground = [&d, ui, path]() {
+        const int row = rowOf(ui->listWidget_Bk, path);
+        childReport(QStringLiteral("background ") + (DialogTestAccess::background(d).isNull() ? QStringLiteral("null") : QStringLiteral("loaded"))
+                    + (row >= 0 && !hasThumbnail(ui->listWidget_Bk, row) ? QStringLiteral(", listed without thumbnail")
+                                                                         : QStringLiteral(", not listed as expected")));
+    };
+    if (route == QLatin1String("add foreground")) {
+        reportListedNames(d);
+        auto seen = std::make_shared<widgettest::FileDialogSeen>();
+        widgettest::answerFileDialog({path}, seen);
+        widgettest::clickButton(ui->AddForegGround);
+    } else if (route == QLatin1String("hot folder")) {
+        reportListedNames(d);
+        choosePresetFolder(d, QFileInfo(path).absolutePath());
+    } else if (route == QLatin1String("drop on FOREGROUNDS, then choose")) {
+        dropUrls(ui->listWidget->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
+        const int row = rowOf(ui->listWidget, path);
+        childReport(row >= 0 && !hasThumbnail(ui->listWidget, row) ? QStringLiteral("listed without thumbnail")
+                                                                   : QStringLiteral("not listed as expected"));
+        if (row >= 0)
+            widgettest::clickRow(ui->listWidget, row);
+    } else if (route == QLatin1String("add background")) {
+        auto seen = std::make_shared<widgettest::FileDialogSeen>();
+        widgettest::answerFileDialog({path}, seen);
+        widgettest::clickButton(ui->AddBackground);
+        reportBackground();
+    } else if (route == QLatin1String("drop on BACKGROUNDS, then choose")) {
+        dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
+        const int row = rowOf(ui->listWidget_Bk, path);
+        widgettest::markPreview(d);
+        if (row >= 0)
+            widgettest::clickRow(ui->listWidget_Bk, row);
+        reportBackground();
+        childReport(widgettest::previewRedrawnSinceMark(d) ? QStringLiteral("preview redrawn") : QStringLiteral("preview as it was"));
+    }
+    childReport(QStringLiteral("done"));
+}
+
+
+
+class TestHostileSelect : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void fileGoneBeforeChoosingItUnderForegrounds();
+    void fileGoneBeforeChoosingItUnderBackgrounds();
+    void withoutReadPermission_data();
+    void withoutReadPermission();
+    void chooseEachUnderForegrounds_data() { addCorpusRows(); }
+    void chooseEachUnderForegrounds();
+    void chooseEachUnderBackgrounds_data() { addCorpusRows(); }
+    void chooseEachUnderBackgrounds();
+};
+
+void TestHostileSelect::init()
+{
+    // main() opens the log in the real program; the change handler writes to it.
+    MyGlobal::log.close();
+    QVERIFY(MyGlobal::log.open(QIODevice::WriteOnly));
+}
+
+void TestHostileSelect::cleanup()
+{
+    MyGlobal::log.close();
+    widgettest::resetGlobals();
+}
+
+void TestHostileSelect::fileGoneBeforeChoosingItUnderForegrounds()
+{
+    HostileCase c;
+    QVERIFY(c.ok());
+    const QString gone = c.root() + QStringLiteral("/gone.jpg");
+    QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), gone));
+    c.takeSnapshots();
+    QProcessEnvironment env = c.childEnvironment();
+    env.insert(QLatin1String(kPathVariable), gone);
+    const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("clickFileGoneBeforeLoading"), env);
+    const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
+    QVERIFY2(why.isEmpty(), qPrintable(why));
+    QCOMPARE(childReports(run), QStringList({"window open", "removed once listed"}));
+    QCOMPARE(c.unexpectedChanges({QStringLiteral("gone.jpg")}), QStringList());
+}
+
+void TestHostileSelect::fileGoneBeforeChoosingItUnderBackgrounds()
+{
+    HostileCase c;
+    QVERIFY(c.ok());
+    const QString gone = c.root() + QStringLiteral("/gone.jpg");
+    QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(160, 120, 3), gone));
+    c.takeSnapshots();
+    auto window = openWindow(c.appDir());
+    QVERIFY(window);
+    Dialog& d = *window;
+    const widgettest::WindowWidgets ui(d);
+    QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(gone)}, QPoint(10, 10)));
+    const int row = rowOf(ui->listWidget_Bk, gone);
+    QVERIFY(row >= 0);
+    QVERIFY(hasThumbnail(ui->listWidget_Bk, row));
+    QVERIFY(QFile::remove(gone));
+    widgettest::markPreview(d);
+    widgettest::clickRow(ui->listWidget_Bk, row);
+    QCOMPARE(MyGlobal::CurSelectionBk, gone);
+    QVERIFY(DialogTestAccess::background(d).isNull());
+    QVERIFY(!widgettest::previewRedrawnSinceMark(d));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), QImage(c.appDir() + QStringLiteral("/1green.JPG"))));
+    window.reset();
+    QCOMPARE(c.unexpectedChanges({QStringLiteral("gone.jpg")}), QStringList());
+}
+
+void TestHostileSelect::withoutReadPermission_data()
+{
+    QTest::addColumn<QString>("route");
+    QTest::addColumn<bool>("stops");
+    QTest::addColumn<QStringList>("reports");
+    // Through FOREGROUNDS the photo becomes null and the refresh stops it.
+    QTest::newRow("add foreground") << "add foreground" << true
+                                    << QStringList({"permission holds", "window open", "listed locked.jpg"});
+    QTest::newRow("hot folder") << "hot folder" << true
+                                << QStringList({"permission holds", "window open", "listed older.jpg", "listed locked.jpg"});
+    QTest::newRow("drop on FOREGROUNDS, then choose") << "drop on FOREGROUNDS, then choose" << true
+                                                      << QStringList({"permission holds", "window open", "listed without thumbnail"});
+    // Through BACKGROUNDS the background becomes null, without a message;
+    // with no key point set nothing shown changes.
+    QTest::newRow("add background") << "add background" << false
+                                    << QStringList({"permission holds", "window open", "background null, listed without thumbnail", "done"});
+    QTest::newRow("drop on BACKGROUNDS, then choose")
+        << "drop on BACKGROUNDS, then choose" << false
+        << QStringList({"permission holds", "window open", "background null, listed without thumbnail", "preview as it was", "done"});
+}
+
+void TestHostileSelect::withoutReadPermission()
+{
+    QFETCH(QString, route);
+    QFETCH(bool, stops);
+    QFETCH(QStringList, reports);
+    HostileCase c;
+    QVERIFY(c.ok());
+    const QString folder = c.root() + QStringLiteral("/locked");
+    const QString locked = folder + QStringLiteral("/locked.jpg"), older = folder + QStringLiteral("/older.jpg");
+    QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), older));
+    QVERIFY(testsupport::writeImage(testsupport::studioShot(120, 90, QColor(40, 70, 200), 4), locked));
+    QVERIFY(setModified(older, minutesIn(0)) && setModified(locked, minutesIn(5)));
+    QVERIFY(QFile::setPermissions(locked, QFileDevice::WriteOwner));
+    c.takeSnapshots();
+
+    QProcessEnvironment env = c.childEnvironment();
+    env.insert(QLatin1String(kPathVariable), locked);
+    env.insert(QLatin1String(kKindVariable), route);
+    const testsupport::ChildRun run = testsupport::runChildScenarioWithoutFileOverrides(QStringLiteral("withoutReadPermission"), env);
+    const QString why = stops ? stoppedOnlyBy(run, refreshAssertionPattern()) : endedCleanly(run);
+    QVERIFY2(why.isEmpty(), qPrintable(why));
+    QCOMPARE(childReports(run), reports);
+    QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+    QCOMPARE(c.unexpectedChanges(), QStringList());
+}
+
+void TestHostileSelect::chooseEachUnderForegrounds()
+{
+    QFETCH(int, index);
+    QFETCH(int, kind);
+    HostileCase c;
+    QVERIFY(c.ok());
+    const QString path = c.entry(index).path;
+    c.takeSnapshots();
+    if (HostileKind(kind) != HostileKind::Image) {
+        QProcessEnvironment env = c.childEnvironment();
+        env.insert(QLatin1String(kPathVariable), path);
+        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("chooseForegroundNoPicture"), env);
+        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
+        QVERIFY2(why.isEmpty(), qPrintable(why));
+        QCOMPARE(childReports(run), QStringList({"window open", "listed"}));
+    } else {
+        auto window = openWindow(c.appDir());
+        QVERIFY(window);
+        Dialog& d = *window;
+        const widgettest::WindowWidgets ui(d);
+        QVERIFY(dropUrls(ui->listWidget->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
+        const int row = rowOf(ui->listWidget, path);
+        QVERIFY(row >= 0);
+        widgettest::pressPreview(d, 15, 15);
+        QCOMPARE(MyGlobal::xyClicked, QPoint(15, 15));
+        widgettest::clickRow(ui->listWidget, row);
+        const QImage photo(path);
+        QCOMPARE(MyGlobal::CurSelection, path);
+        QCOMPARE(widgettest::selectedTexts(ui->listWidget), QStringList({path}));
+        QCOMPARE(MyGlobal::xyClicked, QPoint(0, 0));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
+        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+        QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+    }
+    QCOMPARE(c.unexpectedChanges(), QStringList());
+}
+
+void TestHostileSelect::chooseEachUnderBackgrounds()
+{
+    QFETCH(int, index);
+    QFETCH(int, kind);
+    HostileCase c;
+    QVERIFY(c.ok());
+    const QString path = c.entry(index).path;
+    c.takeSnapshots();
+    auto window = openWindow(c.appDir());
+    QVERIFY(window);
+    Dialog& d = *window;
+    const widgettest::WindowWidgets ui(d);
+    const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
+    QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
+    const int row = rowOf(ui->listWidget_Bk, path);
+    QVERIFY(row >= 0);
+    widgettest::markPreview(d);
+    widgettest::clickRow(ui->listWidget_Bk, row);
+    QCOMPARE(MyGlobal::CurSelectionBk, path);
+    QCOMPARE(widgettest::selectedTexts(ui->listWidget_Bk), QStringList({path}));
+    if (HostileKind(kind) == HostileKind::Image)
+        QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
+    else
+        QVERIFY(DialogTestAccess::background(d).isNull());
+    QVERIFY(!widgettest::previewRedrawnSinceMark(d));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+    window.reset();
+    QCOMPARE(c.unexpectedChanges(), QStringList());
+}
+
+
+PLENDRA_TEST_MAIN(TestHostileSelect)
+#include "tst_hostile_select.moc"
