@@ -3,32 +3,25 @@
 // the batch tool share, and the save that never leaves part of a file.
 #include "keying/keymask.h"
 #include "keying/pipeline.h"
+#include "tests/support/smalldisk.h"
+#include "tests/support/testsupport.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QPixmap>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTransform>
 
-#include <unistd.h>
 
 namespace {
 
 // Channels spread over 0..255 so that keys, alpha and rounding all show.
 QImage noise(int width, int height, QImage::Format format, quint32 seed)
 {
-    QImage img(width, height, QImage::Format_ARGB32);
-    QRandomGenerator rng(seed);
-    for (int y = 0; y < height; ++y) {
-        auto* row = reinterpret_cast<QRgb*>(img.scanLine(y));
-        for (int x = 0; x < width; ++x)
-            row[x] = rng.generate();
-    }
-    return img.convertToFormat(format);
+    return testsupport::randomImage(width, height, format, seed);
 }
 
 // A green backdrop with a grey square in the middle.
@@ -53,42 +46,6 @@ QStringList entriesOf(const QString& folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
-
-// A folder on a filesystem of `kilobytes`, unmounted when it goes. Only root
-// may mount; elsewhere it reports why it could not.
-class SmallDisk
-{
-public:
-    explicit SmallDisk(int kilobytes)
-    {
-        if (geteuid() != 0) {
-            m_why = QStringLiteral("mounting a small filesystem needs root");
-            return;
-        }
-        QProcess mount;
-        mount.start(QStringLiteral("mount"), {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                                              QStringLiteral("size=%1k").arg(kilobytes), QStringLiteral("tmpfs"),
-                                              m_dir.path()});
-        if (!mount.waitForFinished(20000) || mount.exitStatus() != QProcess::NormalExit || mount.exitCode() != 0) {
-            m_why = QStringLiteral("mount refused: ") + QString::fromLocal8Bit(mount.readAllStandardError()).trimmed();
-            return;
-        }
-        m_mounted = true;
-    }
-    ~SmallDisk()
-    {
-        if (m_mounted)
-            QProcess::execute(QStringLiteral("umount"), {m_dir.path()});
-    }
-    bool mounted() const { return m_mounted; }
-    QString why() const { return m_why; }
-    QString path() const { return m_dir.path(); }
-
-private:
-    QTemporaryDir m_dir;
-    bool m_mounted = false;
-    QString m_why;
-};
 
 } // namespace
 
@@ -288,7 +245,7 @@ void PipelineTest::saveIntoAMissingFolderLeavesNothing()
 
 void PipelineTest::saveOnAFullDiskLeavesNoFile()
 {
-    SmallDisk disk(256);
+    testsupport::SmallDisk disk(256);
     if (!disk.mounted())
         QSKIP(qPrintable(QStringLiteral("no small filesystem to fill (%1)").arg(disk.why())));
     // Random pixels do not compress: about 1.2 MB of PNG on a 256 kB disk.
@@ -299,7 +256,7 @@ void PipelineTest::saveOnAFullDiskLeavesNoFile()
 
 void PipelineTest::failedResaveOnAFullDiskKeepsTheEarlierFile()
 {
-    SmallDisk disk(256);
+    testsupport::SmallDisk disk(256);
     if (!disk.mounted())
         QSKIP(qPrintable(QStringLiteral("no small filesystem to fill (%1)").arg(disk.why())));
     const QString target = disk.path() + QStringLiteral("/shot.png");
@@ -312,5 +269,5 @@ void PipelineTest::failedResaveOnAFullDiskKeepsTheEarlierFile()
     QCOMPARE(entriesOf(disk.path()), QStringList{QStringLiteral("shot.png")});
 }
 
-QTEST_MAIN(PipelineTest)
+PLENDRA_TEST_MAIN(PipelineTest)
 #include "tst_pipeline.moc"
