@@ -8,6 +8,8 @@
 #include "intake/hotfolder.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QCloseEvent>
@@ -19,15 +21,7 @@
 #include <QStyleFactory>
 #include <QUrl>
 
-namespace {
-
-// Start-up thumbnails are square (photos added later get the wider ones).
-void addStartupThumbnail(QListWidget* list, const QString& path)
-{
-    new QListWidgetItem(thumbnailIcon(path, kStartupThumbnailSize), path, list);
-}
-
-} // namespace
+#include <utility>
 
 Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     : QDialog(parent, flags)
@@ -47,8 +41,11 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     m_hotFolderChanges = new HotFolderChanges(&MyGlobal::log, this);
     connect(m_hotFolderChanges, &HotFolderChanges::newestPhoto, this, &Dialog::showNewestHotPhoto);
 
-    addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/1green.JPG"));
-    addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/blue1.JPG"));
+    // Start-up thumbnails are square (photos added later get the wider ones).
+    // The first sample is read once, for the foreground and its icon.
+    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/1green.JPG"), kStartupThumbnailSize,
+                                        m_foreground);
+    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/blue1.JPG"), kStartupThumbnailSize);
     ui->listWidget->setCurrentRow(0);
     MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
 
@@ -68,15 +65,32 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 
     ui->Run->setDefault(true);
 
-    for (const QString& path : backgroundLibraryPaths(MyGlobal::appDir))
-        addStartupThumbnail(ui->listWidget_Bk, path);
+    // The first background is read here, once, for the background and its
+    // icon; the others' icons are made off the GUI thread once the window
+    // shows, however large the library.
+    QImage firstBackground;
+    const QStringList library = backgroundLibraryPaths(MyGlobal::appDir);
+    for (const QString& path : library) {
+        if (ui->listWidget_Bk->count() == 0) {
+            firstBackground = QImage(path);
+            ui->listWidget_Bk->appendThumbnailItem(path, kStartupThumbnailSize, firstBackground);
+        } else {
+            ui->listWidget_Bk->appendThumbnailItem(path, kStartupThumbnailSize);
+        }
+    }
 
     ui->listWidget_Bk->setCurrentRow(0);
     const QList<QListWidgetItem*> chosen = ui->listWidget_Bk->selectedItems();
     if (!chosen.isEmpty()) {
         MyGlobal::CurSelectionBk = chosen.first()->data(Qt::DisplayRole).toString();
-        m_bkg = keying::fittedBackground(QImage(MyGlobal::CurSelectionBk), m_foreground.size());
+        const bool readAlready = chosen.first() == ui->listWidget_Bk->item(0);
+        m_bkg = keying::fittedBackground(readAlready ? std::exchange(firstBackground, QImage())
+                                                     : QImage(MyGlobal::CurSelectionBk),
+                                         m_foreground.size());
     }
+    firstBackground = QImage();
+    m_foregroundProgress = new ThumbnailProgress(ui->listWidget, this);
+    m_backgroundProgress = new ThumbnailProgress(ui->listWidget_Bk, this);
 
     // Adding the only angle makes it current, which runs the rotation handler
     // once: the foreground is reloaded and the preview drawn.
@@ -91,6 +105,11 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 Dialog::~Dialog()
 {
     delete ui;
+}
+
+int Dialog::pendingThumbnails() const
+{
+    return ui->listWidget->pendingThumbnails() + ui->listWidget_Bk->pendingThumbnails();
 }
 
 void Dialog::closeEvent(QCloseEvent*)

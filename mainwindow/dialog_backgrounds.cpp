@@ -8,10 +8,14 @@
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QFileDialog>
 #include <QListWidgetItem>
+
+#include <utility>
 
 namespace {
 
@@ -29,18 +33,30 @@ void Dialog::on_AddBackground_clicked()
     const QStringList files = QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
                                                             QStringLiteral("/Users"), tr(kImageFileDialogFilter));
     QListWidgetItem* last = nullptr;
-    for (const QString& path : files) {
-        last = new QListWidgetItem(thumbnailIcon(path, kAddedThumbnailSize), path, nullptr, 0);
-        ui->listWidget_Bk->insertItem(ui->listWidget_Bk->count(), last);
+    QImage lastPicture;
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        const QString& path = files.at(i);
+        if (i + 1 < files.size()) {
+            last = ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize);
+        } else {
+            // The last picture becomes the background: read once, for the
+            // background and for its icon.
+            lastPicture = QImage(path);
+            last = ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize, lastPicture);
+        }
         MyGlobal::CurSelectionBk = path;
     }
     if (last) {
         ui->listWidget_Bk->clearSelection();
         ui->listWidget_Bk->setCurrentItem(last);
+        m_backgroundProgress->follow();
+        m_bkg = keying::fittedBackground(std::exchange(lastPicture, QImage()), m_foreground.size());
+        return;
     }
 
-    // Also after a cancel, which undoes any earlier rescaling. The preview is
-    // left alone: the new background shows with the next key click.
+    // A cancel reads the current background again, which undoes any earlier
+    // rescaling. The preview is left alone: the new background shows with
+    // the next key click.
     m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
 }
 

@@ -8,6 +8,8 @@
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QDropEvent>
@@ -20,10 +22,13 @@
 QListWidgetItem* Dialog::AddFileToDisplay(const QString& path)
 {
     // The item's text is the path exactly as given: every later use of the
-    // item reads its file back from it.
-    auto* item = new QListWidgetItem(thumbnailIcon(path, kAddedThumbnailSize), path, nullptr, 0);
-    ui->listWidget->insertItem(ui->listWidget->count(), item);
-    return item;
+    // item reads its file back from it. Its icon follows when it is made.
+    return ui->listWidget->appendThumbnailItem(path, kAddedThumbnailSize);
+}
+
+QListWidgetItem* Dialog::AddFileToDisplay(const QString& path, const QImage& photo)
+{
+    return ui->listWidget->appendThumbnailItem(path, kAddedThumbnailSize, photo);
 }
 
 void Dialog::addfiles()
@@ -35,19 +40,30 @@ void Dialog::addfiles()
 void Dialog::addForegroundsAndShowLast(const QStringList& paths)
 {
     QListWidgetItem* last = nullptr;
-    for (const QString& path : paths) {
-        last = AddFileToDisplay(path);
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        const QString& path = paths.at(i);
+        if (i + 1 < paths.size()) {
+            last = AddFileToDisplay(path);
+        } else {
+            // The last photo becomes the current one: read once, for the
+            // foreground and for its icon.
+            m_foreground.load(path);
+            last = AddFileToDisplay(path, m_foreground);
+        }
         MyGlobal::CurSelection = path;
     }
     if (last) {
         ui->listWidget->clearSelection();
         ui->listWidget->setCurrentItem(last);
+        m_foregroundProgress->follow();
+    } else {
+        // Nothing added (a cancelled dialog, an empty folder): the current
+        // photo is read again from its file.
+        m_foreground.load(MyGlobal::CurSelection);
     }
 
-    // Also when nothing was added (a cancelled dialog, an empty folder): the
-    // current photo is read again from its file and the background follows
-    // its size; the key point is left as it is.
-    m_foreground.load(MyGlobal::CurSelection);
+    // Either way the background follows the photo's size; the key point is
+    // left as it is.
     m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());
     UpdateScene();
 }

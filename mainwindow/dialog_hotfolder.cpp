@@ -34,8 +34,9 @@ void Dialog::handleDirectoryChanged(const QString& dir)
 
 void Dialog::showNewestHotPhoto(const QString& path)
 {
-    AddFileToDisplay(path);
-    MyGlobal::CurSelection = path;
+    // Read once, for the foreground and for its icon.
     m_foreground.load(path);
+    AddFileToDisplay(path, m_foreground);
+    MyGlobal::CurSelection = path;
     UpdateScene();
 }
