@@ -21,8 +21,6 @@
 #include <QStyleFactory>
 #include <QUrl>
 
-#include <utility>
-
 Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     : QDialog(parent, flags)
     , ui(new Ui_Dialog)
@@ -42,9 +40,9 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     connect(m_hotFolderChanges, &HotFolderChanges::newestPhoto, this, &Dialog::showNewestHotPhoto);
 
     // Start-up thumbnails are square (photos added later get the wider ones).
-    // The first sample is read once, for the foreground and its icon.
-    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/1green.JPG"), kStartupThumbnailSize,
-                                        m_foreground);
+    // The first sample was read just above: its icon is made from that read.
+    QListWidgetItem* firstSample = ui->listWidget->appendItemAwaitingPhoto(MyGlobal::appDir + QStringLiteral("/1green.JPG"));
+    ui->listWidget->fillThumbnailFrom(firstSample, kStartupThumbnailSize, m_foreground);
     ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/blue1.JPG"), kStartupThumbnailSize);
     ui->listWidget->setCurrentRow(0);
     MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
@@ -65,30 +63,31 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 
     ui->Run->setDefault(true);
 
-    // The first background is read here, once, for the background and its
+    // The background chosen below is read once, for the background and its
     // icon; the others' icons are made off the GUI thread once the window
     // shows, however large the library.
-    QImage firstBackground;
-    const QStringList library = backgroundLibraryPaths(MyGlobal::appDir);
-    for (const QString& path : library) {
-        if (ui->listWidget_Bk->count() == 0) {
-            firstBackground = QImage(path);
-            ui->listWidget_Bk->appendThumbnailItem(path, kStartupThumbnailSize, firstBackground);
-        } else {
+    QListWidgetItem* firstBackground = nullptr;
+    for (const QString& path : backgroundLibraryPaths(MyGlobal::appDir)) {
+        if (!firstBackground)
+            firstBackground = ui->listWidget_Bk->appendItemAwaitingPhoto(path);
+        else
             ui->listWidget_Bk->appendThumbnailItem(path, kStartupThumbnailSize);
-        }
     }
 
     ui->listWidget_Bk->setCurrentRow(0);
     const QList<QListWidgetItem*> chosen = ui->listWidget_Bk->selectedItems();
+    bool firstBackgroundFilled = false;
     if (!chosen.isEmpty()) {
         MyGlobal::CurSelectionBk = chosen.first()->data(Qt::DisplayRole).toString();
-        const bool readAlready = chosen.first() == ui->listWidget_Bk->item(0);
-        m_bkg = keying::fittedBackground(readAlready ? std::exchange(firstBackground, QImage())
-                                                     : QImage(MyGlobal::CurSelectionBk),
-                                         m_foreground.size());
+        const QImage picture(MyGlobal::CurSelectionBk);
+        if (chosen.first() == firstBackground) {
+            ui->listWidget_Bk->fillThumbnailFrom(firstBackground, kStartupThumbnailSize, picture);
+            firstBackgroundFilled = true;
+        }
+        m_bkg = keying::fittedBackground(picture, m_foreground.size());
     }
-    firstBackground = QImage();
+    if (firstBackground && !firstBackgroundFilled)
+        ui->listWidget_Bk->requestThumbnail(firstBackground, kStartupThumbnailSize);
     m_foregroundProgress = new ThumbnailProgress(ui->listWidget, this);
     m_backgroundProgress = new ThumbnailProgress(ui->listWidget_Bk, this);
 

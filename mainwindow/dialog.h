@@ -95,9 +95,9 @@ private:
     // Lists a new photo of the hot folder at the end of FOREGROUNDS and shows
     // it, as it is, without keying it.
     void showNewestHotPhoto(const QString& path);
-    // AddFileToDisplay for a photo already read from `path` into `photo`: its
-    // thumbnail is made from it, so the file is read once for both uses.
-    QListWidgetItem* AddFileToDisplay(const QString& path, const QImage& photo);
+    // AddFileToDisplay for the photo about to become current: its icon is
+    // made from m_foreground once that is read, so the file is read once.
+    QListWidgetItem* addForegroundAwaitingPhoto(const QString& path);
 
     QFileSystemWatcher* m_watcher = nullptr;
     HotFolderChanges* m_hotFolderChanges = nullptr;

@@ -15,8 +15,6 @@
 #include <QFileDialog>
 #include <QListWidgetItem>
 
-#include <utility>
-
 namespace {
 
 // Reads the background afresh from its file and fits it to the foreground.
@@ -33,31 +31,27 @@ void Dialog::on_AddBackground_clicked()
     const QStringList files = QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
                                                             QStringLiteral("/Users"), tr(kImageFileDialogFilter));
     QListWidgetItem* last = nullptr;
-    QImage lastPicture;
     for (qsizetype i = 0; i < files.size(); ++i) {
         const QString& path = files.at(i);
-        if (i + 1 < files.size()) {
-            last = ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize);
-        } else {
-            // The last picture becomes the background: read once, for the
-            // background and for its icon.
-            lastPicture = QImage(path);
-            last = ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize, lastPicture);
-        }
+        // The last picture becomes the background: it is read once below,
+        // for the background and for its icon.
+        last = i + 1 < files.size() ? ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize)
+                                    : ui->listWidget_Bk->appendItemAwaitingPhoto(path);
         MyGlobal::CurSelectionBk = path;
     }
     if (last) {
         ui->listWidget_Bk->clearSelection();
         ui->listWidget_Bk->setCurrentItem(last);
-        m_backgroundProgress->follow();
-        m_bkg = keying::fittedBackground(std::exchange(lastPicture, QImage()), m_foreground.size());
-        return;
     }
 
-    // A cancel reads the current background again, which undoes any earlier
-    // rescaling. The preview is left alone: the new background shows with
-    // the next key click.
-    m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
+    // Also after a cancel, which undoes any earlier rescaling. The preview is
+    // left alone: the new background shows with the next key click.
+    const QImage picture(MyGlobal::CurSelectionBk);
+    if (last) {
+        ui->listWidget_Bk->fillThumbnailFrom(last, kAddedThumbnailSize, picture);
+        m_backgroundProgress->follow();
+    }
+    m_bkg = keying::fittedBackground(picture, m_foreground.size());
 }
 
 void Dialog::on_RemoveBackground_clicked()

@@ -26,9 +26,9 @@ QListWidgetItem* Dialog::AddFileToDisplay(const QString& path)
     return ui->listWidget->appendThumbnailItem(path, kAddedThumbnailSize);
 }
 
-QListWidgetItem* Dialog::AddFileToDisplay(const QString& path, const QImage& photo)
+QListWidgetItem* Dialog::addForegroundAwaitingPhoto(const QString& path)
 {
-    return ui->listWidget->appendThumbnailItem(path, kAddedThumbnailSize, photo);
+    return ui->listWidget->appendItemAwaitingPhoto(path);
 }
 
 void Dialog::addfiles()
@@ -42,28 +42,24 @@ void Dialog::addForegroundsAndShowLast(const QStringList& paths)
     QListWidgetItem* last = nullptr;
     for (qsizetype i = 0; i < paths.size(); ++i) {
         const QString& path = paths.at(i);
-        if (i + 1 < paths.size()) {
-            last = AddFileToDisplay(path);
-        } else {
-            // The last photo becomes the current one: read once, for the
-            // foreground and for its icon.
-            m_foreground.load(path);
-            last = AddFileToDisplay(path, m_foreground);
-        }
+        // The last photo becomes the current one: it is read once below,
+        // for the foreground and for its icon.
+        last = i + 1 < paths.size() ? AddFileToDisplay(path) : addForegroundAwaitingPhoto(path);
         MyGlobal::CurSelection = path;
     }
     if (last) {
         ui->listWidget->clearSelection();
         ui->listWidget->setCurrentItem(last);
-        m_foregroundProgress->follow();
-    } else {
-        // Nothing added (a cancelled dialog, an empty folder): the current
-        // photo is read again from its file.
-        m_foreground.load(MyGlobal::CurSelection);
     }
 
-    // Either way the background follows the photo's size; the key point is
-    // left as it is.
+    // Also when nothing was added (a cancelled dialog, an empty folder): the
+    // current photo is read again from its file and the background follows
+    // its size; the key point is left as it is.
+    m_foreground.load(MyGlobal::CurSelection);
+    if (last) {
+        ui->listWidget->fillThumbnailFrom(last, kAddedThumbnailSize, m_foreground);
+        m_foregroundProgress->follow();
+    }
     m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());
     UpdateScene();
 }

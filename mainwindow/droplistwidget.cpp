@@ -19,23 +19,28 @@ DropListWidget::DropListWidget(QWidget* parent)
     connect(m_thumbnails, &ThumbnailLoader::thumbnailReady, this, &DropListWidget::fillThumbnail);
 }
 
-QListWidgetItem* DropListWidget::appendItem(const QString& path, const QIcon& icon)
+QListWidgetItem* DropListWidget::appendItemAwaitingPhoto(const QString& path)
 {
-    auto* item = new QListWidgetItem(icon, path, nullptr, 0);
+    auto* item = new QListWidgetItem(QIcon(), path, nullptr, 0);
     insertItem(count(), item);
     return item;
 }
 
-QListWidgetItem* DropListWidget::appendThumbnailItem(const QString& path, const QSize& size)
+void DropListWidget::fillThumbnailFrom(QListWidgetItem* item, const QSize& size, const QImage& photo)
 {
-    QListWidgetItem* item = appendItem(path, QIcon());
-    m_waiting.insert(m_thumbnails->request(path, size), QPersistentModelIndex(indexFromItem(item)));
-    return item;
+    item->setIcon(iconOfThumbnail(thumbnailOf(photo, size, m_thumbnails->pixmapFormats())));
 }
 
-QListWidgetItem* DropListWidget::appendThumbnailItem(const QString& path, const QSize& size, const QImage& photo)
+void DropListWidget::requestThumbnail(QListWidgetItem* item, const QSize& size)
 {
-    return appendItem(path, iconOfThumbnail(thumbnailOf(photo, size, m_thumbnails->pixmapFormats())));
+    m_waiting.insert(m_thumbnails->request(item->text(), size), QPersistentModelIndex(indexFromItem(item)));
+}
+
+QListWidgetItem* DropListWidget::appendThumbnailItem(const QString& path, const QSize& size)
+{
+    QListWidgetItem* item = appendItemAwaitingPhoto(path);
+    requestThumbnail(item, size);
+    return item;
 }
 
 void DropListWidget::fillThumbnail(quint64 ticket, const QImage& thumbnail)

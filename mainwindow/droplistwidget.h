@@ -22,9 +22,13 @@ public:
     // the list; its icon, the file stretched to `size`, is filled in when the
     // thumbnail is ready (an empty icon for a file that is no picture).
     QListWidgetItem* appendThumbnailItem(const QString& path, const QSize& size);
-    // The same for a photo already read from `path`: the icon is made from
-    // `photo` at once, without reading the file again.
-    QListWidgetItem* appendThumbnailItem(const QString& path, const QSize& size, const QImage& photo);
+    // The same for a photo about to be read anyway (the one that becomes
+    // current): the item comes first, with an empty icon, and the icon is
+    // made from the photo read (fillThumbnailFrom), not from a second read.
+    QListWidgetItem* appendItemAwaitingPhoto(const QString& path);
+    void fillThumbnailFrom(QListWidgetItem* item, const QSize& size, const QImage& photo);
+    // Asks for `item`'s icon off the GUI thread, from its file.
+    void requestThumbnail(QListWidgetItem* item, const QSize& size);
 
     // Items whose icons are still being made.
     int pendingThumbnails() const { return int(m_waiting.size()); }
@@ -38,7 +42,6 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    QListWidgetItem* appendItem(const QString& path, const QIcon& icon);
     void fillThumbnail(quint64 ticket, const QImage& thumbnail);
 
     ThumbnailLoader* m_thumbnails;
