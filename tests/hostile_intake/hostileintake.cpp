@@ -271,6 +271,7 @@ bool dropUrls(QWidget* target, const QList<QUrl>& urls, QPoint at)
 
 bool hasThumbnail(const QListWidget* list, int row)
 {
+    testsupport::waitForThumbnails(list->window());
     return !list->item(row)->icon().isNull();
 }
 

@@ -179,6 +179,7 @@ private slots:
 
         // Current through a click on its FOREGROUNDS item.
         QListWidgetItem* item = d.AddFileToDisplay(entry.path);
+        QVERIFY(testsupport::waitForThumbnails(&d));
         QVERIFY(!item->icon().isNull());
         clickItem(ui->listWidget, item);
         QCOMPARE(MyGlobal::CurSelection, entry.path);
@@ -270,6 +271,7 @@ private slots:
         QCOMPARE(backgrounds->count(), rowsBefore + 1);
         QListWidgetItem* item = backgrounds->item(rowsBefore);
         QCOMPARE(item->text(), entry.path);
+        QVERIFY(testsupport::waitForThumbnails(&d));
         QVERIFY(!item->icon().isNull());
 
         const QImage shownBefore = DialogTestAccess::preview(d).toImage();
@@ -315,6 +317,7 @@ private slots:
         dropFile(backgrounds, entry.path);
         QCOMPARE(backgrounds->count(), rowsBefore + 1);
         QListWidgetItem* item = backgrounds->item(rowsBefore);
+        QVERIFY(testsupport::waitForThumbnails(&d));
         QVERIFY(item->icon().isNull());
 
         const QImage shownBefore = DialogTestAccess::preview(d).toImage();

@@ -16,6 +16,8 @@
 
 #include <functional>
 
+#include "tests/support/thumbnailwait.h"
+
 class Dialog;
 class QGraphicsScene;
 class QListWidget;
