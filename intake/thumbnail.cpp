@@ -87,8 +87,9 @@ QImage thumbnailOf(const QImage& photo, const QSize& size, const PixmapFormats& 
     if (photo.isNull())
         return QImage();
     // Scaled after the conversion, as a pixmap scales the pixels it holds:
-    // nearest-neighbour picks of an indexed or 16-bit picture could otherwise
-    // land on a different transparency decision.
+    // scaled first, paletted and two-colour pictures pick some of their
+    // pixels a column away at 74 pixels wide, and a paletted one ends up in
+    // another format.
     return inPixmapForm(photo, formats).scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
 }
 
