@@ -7,6 +7,7 @@
 #include "state/globals.h"
 #include "state/imagelimits.h"
 #include "bench/benchphotos.h"
+#include "bench/listloading.h"
 #include "bench/peakmemory.h"
 #include "keying/keymask.h"
 #include "keying/keymask_tuning.h"
@@ -245,6 +246,8 @@ int main(int argc, char** argv)
 {
     if (argc >= 3 && std::strcmp(argv[1], kPeakMemoryChildFlag) == 0)
         return peakMemoryChild(argc, argv);
+    if (argc >= 2 && std::strcmp(argv[1], kAddPeakChildFlag) == 0)
+        return addPeakChild(argc, argv);
 
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -273,12 +276,17 @@ int main(int argc, char** argv)
     benchmark::RegisterBenchmark("click_step/preview_scale/24MP", stepBench, Step::PreviewScale)
         ->Unit(benchmark::kMillisecond)->UseRealTime();
 
+    registerListLoadingBenchmarks();
+
     SummaryReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     printSummary(reporter.seconds);
+    printListLoadingSummary(bareLibraryDecodeSeconds());
     std::fflush(stdout);
     g_clickRig.reset(); // the window goes before the application object
 
-    // Peak memory is measured in a fresh process so nothing above inflates it.
-    return runPeakMemoryChild(QCoreApplication::applicationFilePath(), 45);
+    // Peak memory is measured in fresh processes so nothing above inflates it.
+    const int add = runAddPeakChild(QCoreApplication::applicationFilePath());
+    std::fflush(stdout);
+    return runPeakMemoryChild(QCoreApplication::applicationFilePath(), 45) || add;
 }

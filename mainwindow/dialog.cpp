@@ -8,6 +8,8 @@
 #include "intake/hotfolder.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QCloseEvent>
@@ -18,16 +20,6 @@
 #include <QGraphicsScene>
 #include <QStyleFactory>
 #include <QUrl>
-
-namespace {
-
-// Start-up thumbnails are square (photos added later get the wider ones).
-void addStartupThumbnail(QListWidget* list, const QString& path)
-{
-    new QListWidgetItem(thumbnailIcon(path, kStartupThumbnailSize), path, list);
-}
-
-} // namespace
 
 Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     : QDialog(parent, flags)
@@ -47,8 +39,11 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     m_hotFolderChanges = new HotFolderChanges(&MyGlobal::log, this);
     connect(m_hotFolderChanges, &HotFolderChanges::newestPhoto, this, &Dialog::showNewestHotPhoto);
 
-    addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/1green.JPG"));
-    addStartupThumbnail(ui->listWidget, MyGlobal::appDir + QStringLiteral("/blue1.JPG"));
+    // Start-up thumbnails are square (photos added later get the wider ones).
+    // The first sample was read just above: its icon is made from that read.
+    QListWidgetItem* firstSample = ui->listWidget->appendItemAwaitingPhoto(MyGlobal::appDir + QStringLiteral("/1green.JPG"));
+    ui->listWidget->fillThumbnailFrom(firstSample, kStartupThumbnailSize, m_foreground);
+    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/blue1.JPG"), kStartupThumbnailSize);
     ui->listWidget->setCurrentRow(0);
     MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
 
@@ -68,15 +63,33 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 
     ui->Run->setDefault(true);
 
-    for (const QString& path : backgroundLibraryPaths(MyGlobal::appDir))
-        addStartupThumbnail(ui->listWidget_Bk, path);
+    // The background chosen below is read once, for the background and its
+    // icon; the others' icons are made off the GUI thread once the window
+    // shows, however large the library.
+    QListWidgetItem* firstBackground = nullptr;
+    for (const QString& path : backgroundLibraryPaths(MyGlobal::appDir)) {
+        if (!firstBackground)
+            firstBackground = ui->listWidget_Bk->appendItemAwaitingPhoto(path);
+        else
+            ui->listWidget_Bk->appendThumbnailItem(path, kStartupThumbnailSize);
+    }
 
     ui->listWidget_Bk->setCurrentRow(0);
     const QList<QListWidgetItem*> chosen = ui->listWidget_Bk->selectedItems();
+    bool firstBackgroundFilled = false;
     if (!chosen.isEmpty()) {
         MyGlobal::CurSelectionBk = chosen.first()->data(Qt::DisplayRole).toString();
-        m_bkg = keying::fittedBackground(QImage(MyGlobal::CurSelectionBk), m_foreground.size());
+        const QImage picture(MyGlobal::CurSelectionBk);
+        if (chosen.first() == firstBackground) {
+            ui->listWidget_Bk->fillThumbnailFrom(firstBackground, kStartupThumbnailSize, picture);
+            firstBackgroundFilled = true;
+        }
+        m_bkg = keying::fittedBackground(picture, m_foreground.size());
     }
+    if (firstBackground && !firstBackgroundFilled)
+        ui->listWidget_Bk->requestThumbnail(firstBackground, kStartupThumbnailSize);
+    m_foregroundProgress = new ThumbnailProgress(ui->listWidget, this);
+    m_backgroundProgress = new ThumbnailProgress(ui->listWidget_Bk, this);
 
     // Adding the only angle makes it current, which runs the rotation handler
     // once: the foreground is reloaded and the preview drawn.
@@ -91,6 +104,11 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 Dialog::~Dialog()
 {
     delete ui;
+}
+
+int Dialog::pendingThumbnails() const
+{
+    return ui->listWidget->pendingThumbnails() + ui->listWidget_Bk->pendingThumbnails();
 }
 
 void Dialog::closeEvent(QCloseEvent*)

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 class HotFolderChanges;
+class ThumbnailProgress;
 class QFileSystemWatcher;
 class QGraphicsScene;
 class QListWidgetItem;
@@ -44,6 +45,10 @@ public:
 
     QListWidgetItem* AddFileToDisplay(const QString& path);
     void addAllFilesinFolder(QString folder);
+
+    // Thumbnails of both lists still being made; their items are listed
+    // already and fill in as the thumbnails come.
+    int pendingThumbnails() const;
 
 signals:
     void newProgress(int);
@@ -90,9 +95,14 @@ private:
     // Lists a new photo of the hot folder at the end of FOREGROUNDS and shows
     // it, as it is, without keying it.
     void showNewestHotPhoto(const QString& path);
+    // AddFileToDisplay for the photo about to become current: its icon is
+    // made from m_foreground once that is read, so the file is read once.
+    QListWidgetItem* addForegroundAwaitingPhoto(const QString& path);
 
     QFileSystemWatcher* m_watcher = nullptr;
     HotFolderChanges* m_hotFolderChanges = nullptr;
+    ThumbnailProgress* m_foregroundProgress = nullptr;
+    ThumbnailProgress* m_backgroundProgress = nullptr;
     Ui_Dialog* ui = nullptr;
     // Written only by the placement slots; 0 until then (no region), so that
     // nothing ever reads an unset value.

@@ -8,6 +8,8 @@
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QFileDialog>
@@ -29,9 +31,12 @@ void Dialog::on_AddBackground_clicked()
     const QStringList files = QFileDialog::getOpenFileNames(this, QStringLiteral("Select Files for Chroma-Keying"),
                                                             QStringLiteral("/Users"), tr(kImageFileDialogFilter));
     QListWidgetItem* last = nullptr;
-    for (const QString& path : files) {
-        last = new QListWidgetItem(thumbnailIcon(path, kAddedThumbnailSize), path, nullptr, 0);
-        ui->listWidget_Bk->insertItem(ui->listWidget_Bk->count(), last);
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        const QString& path = files.at(i);
+        // The last picture becomes the background: it is read once below,
+        // for the background and for its icon.
+        last = i + 1 < files.size() ? ui->listWidget_Bk->appendThumbnailItem(path, kAddedThumbnailSize)
+                                    : ui->listWidget_Bk->appendItemAwaitingPhoto(path);
         MyGlobal::CurSelectionBk = path;
     }
     if (last) {
@@ -41,7 +46,12 @@ void Dialog::on_AddBackground_clicked()
 
     // Also after a cancel, which undoes any earlier rescaling. The preview is
     // left alone: the new background shows with the next key click.
-    m_bkg = loadBackgroundFor(MyGlobal::CurSelectionBk, m_foreground);
+    const QImage picture(MyGlobal::CurSelectionBk);
+    if (last) {
+        ui->listWidget_Bk->fillThumbnailFrom(last, kAddedThumbnailSize, picture);
+        m_backgroundProgress->follow();
+    }
+    m_bkg = keying::fittedBackground(picture, m_foreground.size());
 }
 
 void Dialog::on_RemoveBackground_clicked()

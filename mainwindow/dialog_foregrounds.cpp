@@ -8,6 +8,8 @@
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/pipeline.h"
+#include "mainwindow/droplistwidget.h"
+#include "mainwindow/thumbnailprogress.h"
 #include "ui_dialog.h"
 
 #include <QDropEvent>
@@ -20,10 +22,13 @@
 QListWidgetItem* Dialog::AddFileToDisplay(const QString& path)
 {
     // The item's text is the path exactly as given: every later use of the
-    // item reads its file back from it.
-    auto* item = new QListWidgetItem(thumbnailIcon(path, kAddedThumbnailSize), path, nullptr, 0);
-    ui->listWidget->insertItem(ui->listWidget->count(), item);
-    return item;
+    // item reads its file back from it. Its icon follows when it is made.
+    return ui->listWidget->appendThumbnailItem(path, kAddedThumbnailSize);
+}
+
+QListWidgetItem* Dialog::addForegroundAwaitingPhoto(const QString& path)
+{
+    return ui->listWidget->appendItemAwaitingPhoto(path);
 }
 
 void Dialog::addfiles()
@@ -35,8 +40,11 @@ void Dialog::addfiles()
 void Dialog::addForegroundsAndShowLast(const QStringList& paths)
 {
     QListWidgetItem* last = nullptr;
-    for (const QString& path : paths) {
-        last = AddFileToDisplay(path);
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        const QString& path = paths.at(i);
+        // The last photo becomes the current one: it is read once below,
+        // for the foreground and for its icon.
+        last = i + 1 < paths.size() ? AddFileToDisplay(path) : addForegroundAwaitingPhoto(path);
         MyGlobal::CurSelection = path;
     }
     if (last) {
@@ -48,6 +56,10 @@ void Dialog::addForegroundsAndShowLast(const QStringList& paths)
     // current photo is read again from its file and the background follows
     // its size; the key point is left as it is.
     m_foreground.load(MyGlobal::CurSelection);
+    if (last) {
+        ui->listWidget->fillThumbnailFrom(last, kAddedThumbnailSize, m_foreground);
+        m_foregroundProgress->follow();
+    }
     m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());
     UpdateScene();
 }

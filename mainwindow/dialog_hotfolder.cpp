@@ -7,6 +7,9 @@
 #include "intake/folderscan.h"
 #include "intake/hotfolder.h"
 #include "intake/preset.h"
+#include "intake/thumbnail.h"
+#include "mainwindow/droplistwidget.h"
+#include "ui_dialog.h"
 
 #include <QFileSystemWatcher>
 
@@ -34,8 +37,10 @@ void Dialog::handleDirectoryChanged(const QString& dir)
 
 void Dialog::showNewestHotPhoto(const QString& path)
 {
-    AddFileToDisplay(path);
+    QListWidgetItem* item = addForegroundAwaitingPhoto(path);
     MyGlobal::CurSelection = path;
+    // Read once, for the foreground and for its icon.
     m_foreground.load(path);
+    ui->listWidget->fillThumbnailFrom(item, kAddedThumbnailSize, m_foreground);
     UpdateScene();
 }

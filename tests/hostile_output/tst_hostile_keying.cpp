@@ -184,6 +184,7 @@ private slots:
 
         // Current through a click on its FOREGROUNDS item.
         QListWidgetItem* item = d.AddFileToDisplay(entry.path);
+        QVERIFY(widgettest::waitForThumbnails(&d));
         QVERIFY(!item->icon().isNull());
         clickItem(ui->listWidget, item);
         QCOMPARE(MyGlobal::CurSelection, entry.path);
@@ -277,6 +278,7 @@ private slots:
         QCOMPARE(backgrounds->count(), rowsBefore + 1);
         QListWidgetItem* item = backgrounds->item(rowsBefore);
         QCOMPARE(item->text(), entry.path);
+        QVERIFY(widgettest::waitForThumbnails(&d));
         QVERIFY(!item->icon().isNull());
 
         const QImage shownBefore = DialogTestAccess::preview(d).toImage();
@@ -324,6 +326,7 @@ private slots:
         dropFile(backgrounds, entry.path);
         QCOMPARE(backgrounds->count(), rowsBefore + 1);
         QListWidgetItem* item = backgrounds->item(rowsBefore);
+        QVERIFY(widgettest::waitForThumbnails(&d));
         QVERIFY(item->icon().isNull());
 
         const QImage shownBefore = DialogTestAccess::preview(d).toImage();

@@ -156,6 +156,7 @@ void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
     QCOMPARE(DialogTestAccess::background(*w.dialog).size(), QSize(180, 100));
     QVERIFY(samePixels(DialogTestAccess::preview(*w.dialog).toImage(), QImage(c)));
     QCOMPARE(MyGlobal::xyClicked, keyPoint); // adding does not reset the key point
+    QVERIFY(widgettest::waitForThumbnails(w.dialog.get()));
     for (int row = before.size(); row < ui->listWidget->count(); ++row)
         QCOMPARE(iconSizes(ui->listWidget->item(row)), QList<QSize>({QSize(74, 64)}));
 
@@ -206,6 +207,7 @@ void TestForegroundList::unreadableFileGetsAnItemWithEmptyIcon()
     clickButton(ui->AddForegGround);
     QVERIFY(seen->answered);
 
+    QVERIFY(widgettest::waitForThumbnails(w.dialog.get()));
     const int n = ui->listWidget->count();
     QCOMPARE(ui->listWidget->item(n - 2)->text(), broken);
     QVERIFY(ui->listWidget->item(n - 2)->icon().isNull());

@@ -101,6 +101,7 @@ private slots:
         DropListWidget list(&parent);
         QVERIFY(dropFiles(list.viewport(), {folder}));
         QCOMPARE(itemTexts(&list), QStringList({folder}));
+        QVERIFY(widgettest::waitForThumbnails(&list));
         QVERIFY(list.item(0)->icon().isNull());
         QVERIFY(QFileInfo(folder).isDir());
     }
@@ -138,6 +139,7 @@ private slots:
         DropListWidget list(&parent);
         const QString photo = m_samples.path() + "/blue1.JPG";
         QVERIFY(dropFiles(list.viewport(), {photo}));
+        QVERIFY(widgettest::waitForThumbnails(&list));
         const QIcon icon = list.item(0)->icon();
         QCOMPARE(icon.availableSizes(), QList<QSize>({QSize(74, 64)}));
         const QImage expected = QPixmap(photo).scaled(74, 64, Qt::IgnoreAspectRatio, Qt::FastTransformation).toImage();
