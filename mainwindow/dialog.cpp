@@ -39,21 +39,8 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     m_hotFolderChanges = new HotFolderChanges(&MyGlobal::log, this);
     connect(m_hotFolderChanges, &HotFolderChanges::newestPhoto, this, &Dialog::showNewestHotPhoto);
 
-    // Start-up thumbnails are square (photos added later get the wider ones).
-    // The first sample was read just above: its icon is made from that read.
-    QListWidgetItem* firstSample = ui->listWidget->appendItemAwaitingPhoto(MyGlobal::appDir + QStringLiteral("/1green.JPG"));
-    ui->listWidget->fillThumbnailFrom(firstSample, kStartupThumbnailSize, m_foreground);
-    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/blue1.JPG"), kStartupThumbnailSize);
-    ui->listWidget->setCurrentRow(0);
-    MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
-
-    const QPixmap first(MyGlobal::CurSelection);
-    // The scene outlives the window: it belongs to the application object and
-    // goes only when the process ends.
-    m_scene = new QGraphicsScene(QCoreApplication::instance());
-    m_scene->addPixmap(first.isNull() ? first
-                                      : first.scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    ui->graphicsView->setScene(m_scene);
+    listSamplePhotos();
+    showFirstSample();
 
     setWindowIcon(QIcon(QStringLiteral("icon.png")));
     // The window once asked for the Plastique style without applying it; Qt 6
@@ -63,6 +50,46 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
 
     ui->Run->setDefault(true);
 
+    fillBackgroundLibrary();
+    m_foregroundProgress = new ThumbnailProgress(ui->listWidget, this);
+    m_backgroundProgress = new ThumbnailProgress(ui->listWidget_Bk, this);
+
+    // Adding the only angle makes it current, which runs the rotation handler
+    // once: the foreground is reloaded and the preview drawn.
+    ui->Rotation->hide();
+    ui->Rotation->addItem(QStringLiteral("0"));
+
+    UpdateScene();
+    ui->Presets->hide();
+    setWindowTitle(windowTitle() + QStringLiteral(" v") + QLatin1String(kPlendraVersion));
+}
+
+void Dialog::listSamplePhotos()
+{
+    // Start-up thumbnails are square (photos added later get the wider ones).
+    // The first sample was read just above: its icon is made from that read.
+    QListWidgetItem* firstSample = ui->listWidget->appendItemAwaitingPhoto(MyGlobal::appDir + QStringLiteral("/1green.JPG"));
+    ui->listWidget->fillThumbnailFrom(firstSample, kStartupThumbnailSize, m_foreground);
+    ui->listWidget->appendThumbnailItem(MyGlobal::appDir + QStringLiteral("/blue1.JPG"), kStartupThumbnailSize);
+    ui->listWidget->setCurrentRow(0);
+    MyGlobal::CurSelection = MyGlobal::appDir + QStringLiteral("/1green.JPG");
+}
+
+void Dialog::showFirstSample()
+{
+    // The first sample was just read as the foreground: the preview shows
+    // that same read.
+    const QPixmap first = QPixmap::fromImage(m_foreground);
+    // The scene outlives the window: it belongs to the application object and
+    // goes only when the process ends.
+    m_scene = new QGraphicsScene(QCoreApplication::instance());
+    m_scene->addPixmap(first.isNull() ? first
+                                      : first.scaled(MyGlobal::PrevSize, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    ui->graphicsView->setScene(m_scene);
+}
+
+void Dialog::fillBackgroundLibrary()
+{
     // The background chosen below is read once, for the background and its
     // icon; the others' icons are made off the GUI thread once the window
     // shows, however large the library.
@@ -88,17 +115,6 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     }
     if (firstBackground && !firstBackgroundFilled)
         ui->listWidget_Bk->requestThumbnail(firstBackground, kStartupThumbnailSize);
-    m_foregroundProgress = new ThumbnailProgress(ui->listWidget, this);
-    m_backgroundProgress = new ThumbnailProgress(ui->listWidget_Bk, this);
-
-    // Adding the only angle makes it current, which runs the rotation handler
-    // once: the foreground is reloaded and the preview drawn.
-    ui->Rotation->hide();
-    ui->Rotation->addItem(QStringLiteral("0"));
-
-    UpdateScene();
-    ui->Presets->hide();
-    setWindowTitle(windowTitle() + QStringLiteral(" v") + QLatin1String(kPlendraVersion));
 }
 
 Dialog::~Dialog()

@@ -87,6 +87,12 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    // Steps of the constructor: the two sample photos in FOREGROUNDS, the
+    // first of them in the preview, and BACKGROUNDS from the "Bkg" folder
+    // with the first picture as the background.
+    void listSamplePhotos();
+    void showFirstSample();
+    void fillBackgroundLibrary();
     // Stores a placement choice of the 3 x 3 grid and refreshes the preview.
     void place(int pos, int textAlign);
     // Lists these photos in FOREGROUNDS, makes the last one current and shows
