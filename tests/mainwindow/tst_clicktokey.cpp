@@ -88,10 +88,10 @@ PLENDRA_CHILD_SCENARIO("clickOnUnreadablePhoto")
 PLENDRA_CHILD_SCENARIO("startWithoutSamplePhotos")
 {
     openWindowFromEnvironment();
+    // Building the window is what stops: the first preview refresh finds no
+    // photo to show.
     widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
-    if (!windowFixture.ok())
-        return;
-    Dialog& window = *windowFixture.dialog;
+    static_cast<void>(windowFixture);
 }
 
 class TestClickToKey : public QObject
