@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "intake/thumbnail.h"
 
+#include <QImageReader>
 #include <QPixmap>
 
 namespace {
@@ -96,6 +97,23 @@ QImage thumbnailOf(const QImage& photo, const QSize& size, const PixmapFormats& 
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats)
 {
     return thumbnailOf(QImage(path), size, formats);
+}
+
+QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats, QImage& decodeBuffer)
+{
+    QImageReader reader(path);
+    const QByteArray kind = reader.format();
+    // Both decoders write every pixel of the picture or report failure: a
+    // JPEG cut short still gets all its rows (grey ones past the end), a PNG
+    // cut short does not read at all. Nothing of the earlier photo can show.
+    // Other decoders may leave rows of a damaged file as they found them.
+    if (kind != "jpeg" && kind != "png")
+        return thumbnailOf(reader.read(), size, formats);
+    if (!reader.read(&decodeBuffer)) {
+        decodeBuffer = QImage();
+        return QImage();
+    }
+    return thumbnailOf(decodeBuffer, size, formats);
 }
 
 QIcon iconOfThumbnail(const QImage& thumbnail)

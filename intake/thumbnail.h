@@ -41,6 +41,14 @@ QImage thumbnailOf(const QImage& photo, const QSize& size, const PixmapFormats& 
 // null when the file cannot be read as an image. Safe on any thread.
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats);
 
+// The same, decoding into `decodeBuffer` where that gives the same pixels: a
+// JPEG or PNG the size and format of the photo before it is decoded into that
+// photo's memory instead of into fresh memory, which the system would have to
+// hand over page by page (most of a decode's time on some machines). The
+// buffer holds the last such photo afterwards; whoever keeps it keeps that
+// much memory.
+QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats, QImage& decodeBuffer);
+
 // The icon a list item shows for a thumbnail made by thumbnailOf: empty for a
 // null one. GUI thread only (it makes a pixmap).
 QIcon iconOfThumbnail(const QImage& thumbnail);

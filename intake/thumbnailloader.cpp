@@ -10,14 +10,16 @@
 
 #include <utility>
 
-// What the loader and its jobs on the pool share. A job that runs after the
-// loader has gone finds it cancelled and does nothing.
+// What the loader and its workers on the pool share. A worker that runs after
+// the loader has gone finds it cancelled and does nothing.
 struct ThumbnailLoader::Shared
 {
     QMutex mutex;
     QWaitCondition idle;
     bool cancelled = false;
-    int running = 0;
+    QList<Job> waiting; // asked for, not yet taken by a worker
+    int workers = 0;    // started on the pool and not yet finished
+    int decoding = 0;   // workers between taking a job and delivering it
 };
 
 ThumbnailLoader::ThumbnailLoader(QObject* parent)
@@ -31,7 +33,8 @@ ThumbnailLoader::~ThumbnailLoader()
 {
     QMutexLocker lock(&m_shared->mutex);
     m_shared->cancelled = true;
-    while (m_shared->running > 0)
+    m_shared->waiting.clear();
+    while (m_shared->decoding > 0)
         m_shared->idle.wait(&m_shared->mutex);
 }
 
@@ -61,28 +64,40 @@ quint64 ThumbnailLoader::request(const QString& path, const QSize& size)
 
 void ThumbnailLoader::startQueued()
 {
-    const QList<Job> jobs = std::exchange(m_queued, {});
-    for (const Job& job : jobs) {
-        pool().start([shared = m_shared, receiver = this, job, formats = m_formats] {
-            {
-                QMutexLocker lock(&shared->mutex);
-                if (shared->cancelled)
-                    return;
-                ++shared->running;
-            }
-            const QImage thumbnail = thumbnailOfFile(job.path, job.size, formats);
-            QMutexLocker lock(&shared->mutex);
-            // While `running` counts this job the loader cannot finish its
-            // destructor, so `receiver` is alive here; a delivery still
-            // queued when it goes is dropped with it.
-            if (!shared->cancelled)
-                QMetaObject::invokeMethod(
-                    receiver, [receiver, ticket = job.ticket, thumbnail] { receiver->deliver(ticket, thumbnail); },
-                    Qt::QueuedConnection);
-            if (--shared->running == 0)
-                shared->idle.wakeAll();
+    QMutexLocker lock(&m_shared->mutex);
+    m_shared->waiting.append(std::exchange(m_queued, {}));
+    // One worker per core at most; each takes photo after photo until none
+    // waits, decoding them all into the same memory.
+    const int wanted = qMin(int(m_shared->waiting.size()), pool().maxThreadCount()) - m_shared->workers;
+    for (int i = 0; i < wanted; ++i) {
+        ++m_shared->workers;
+        pool().start([shared = m_shared, receiver = this, formats = m_formats] {
+            runWorker(*shared, receiver, formats);
         });
     }
+}
+
+void ThumbnailLoader::runWorker(Shared& shared, ThumbnailLoader* receiver, const PixmapFormats& formats)
+{
+    QImage decodeBuffer;
+    QMutexLocker lock(&shared.mutex);
+    while (!shared.cancelled && !shared.waiting.isEmpty()) {
+        const Job job = shared.waiting.takeFirst();
+        ++shared.decoding;
+        lock.unlock();
+        const QImage thumbnail = thumbnailOfFile(job.path, job.size, formats, decodeBuffer);
+        lock.relock();
+        // While `decoding` counts this job the loader cannot finish its
+        // destructor, so `receiver` is alive here; a delivery still queued
+        // when it goes is dropped with it.
+        if (!shared.cancelled)
+            QMetaObject::invokeMethod(
+                receiver, [receiver, ticket = job.ticket, thumbnail] { receiver->deliver(ticket, thumbnail); },
+                Qt::QueuedConnection);
+        if (--shared.decoding == 0)
+            shared.idle.wakeAll();
+    }
+    --shared.workers;
 }
 
 void ThumbnailLoader::deliver(quint64 ticket, const QImage& thumbnail)

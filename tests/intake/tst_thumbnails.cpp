@@ -70,6 +70,17 @@ private:
         return img.save(path, format, 90) ? path : QString();
     }
 
+    // The picture written, then cut off after `keptPercent` of its bytes, as a
+    // copy stopped half-way leaves it.
+    QString writeCutShort(const QString& name, const QImage& img, int keptPercent)
+    {
+        const QString path = write(name, img);
+        QFile file(path);
+        if (path.isEmpty() || !file.open(QIODevice::ReadWrite) || !file.resize(file.size() * keptPercent / 100))
+            return QString();
+        return path;
+    }
+
 private slots:
     void identicalToTheSynchronousIcon_data()
     {
@@ -101,6 +112,8 @@ private slots:
             {"XPM", write("picture.xpm", picture(61, 43, QImage::Format_ARGB32, true, 14).convertToFormat(QImage::Format_Indexed8), "XPM")},
             {"smaller than the thumbnail", write("small.png", picture(40, 30, QImage::Format_ARGB32, true, 15))},
             {"exactly the thumbnail's size", write("exact.jpg", picture(64, 64, QImage::Format_RGB32, false, 16))},
+            {"JPEG cut short", writeCutShort("cut.jpg", picture(301, 203, QImage::Format_RGB32, false, 17), 40)},
+            {"grey JPEG cut short", writeCutShort("cut-grey.jpg", picture(301, 203, QImage::Format_Grayscale8, false, 18), 55)},
         };
         for (const Row& row : rows) {
             QVERIFY2(!row.path.isEmpty(), row.name);
@@ -115,6 +128,9 @@ private slots:
         QTest::addRow("unreadable file") << broken.fileName() << QStringLiteral("none") << kAddedThumbnailSize;
         QTest::addRow("missing file") << m_dir.path() + QStringLiteral("/gone.jpg") << QStringLiteral("none")
                                       << kAddedThumbnailSize;
+        const QString cutPng = writeCutShort("cut.png", picture(301, 203, QImage::Format_RGB32, false, 19), 50);
+        QVERIFY(!cutPng.isEmpty());
+        QTest::addRow("PNG cut short") << cutPng << QStringLiteral("none") << kAddedThumbnailSize;
     }
 
     void identicalToTheSynchronousIcon()
@@ -141,6 +157,66 @@ private slots:
         QCOMPARE(actual, expected);
         // The thumbnail made from an already decoded photo is the same again.
         QCOMPARE(icon64(iconOfThumbnail(thumbnailOf(decoded, size, formats)), size), expected);
+    }
+
+    // A worker decodes photo after photo into the same memory: whatever the
+    // photo before left there never shows in the next one's thumbnail, a
+    // damaged one included.
+    void identicalWhenDecodedIntoAnEarlierPhoto_data() { identicalToTheSynchronousIcon_data(); }
+
+    void identicalWhenDecodedIntoAnEarlierPhoto()
+    {
+        QFETCH(QString, path);
+        QFETCH(QSize, size);
+        const QImage decoded(path);
+        const QIcon oracle = thumbnailIcon(path, size);
+        const PixmapFormats formats = PixmapFormats::ofThisScreen();
+
+        // An earlier photo of exactly this size and format, in loud magenta.
+        QImage earlier = decoded.isNull() ? QImage(301, 203, QImage::Format_RGB32) : decoded.copy();
+        if (earlier.format() == QImage::Format_Indexed8 || earlier.format() == QImage::Format_Mono)
+            earlier.fill(0);
+        else
+            earlier.fill(QColor(255, 0, 255));
+        QImage buffer = earlier;
+        buffer.detach();
+
+        const QImage thumbnail = thumbnailOfFile(path, size, formats, buffer);
+        QCOMPARE(thumbnail.isNull(), oracle.isNull());
+        if (oracle.isNull()) {
+            // A failed read keeps no half-read picture.
+            QVERIFY(buffer.isNull() || buffer == earlier);
+            return;
+        }
+        QCOMPARE(icon64(iconOfThumbnail(thumbnail), size), icon64(oracle, size));
+    }
+
+    void jpegAndPngAreDecodedIntoTheSameMemory_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
+        QTest::addColumn<bool>("sameMemory");
+        const QImage a = picture(640, 480, QImage::Format_RGB32, false, 30);
+        const QImage b = picture(640, 480, QImage::Format_RGB32, false, 31);
+        QTest::newRow("two JPEGs of one size") << write("same-a.jpg", a) << write("same-b.jpg", b) << true;
+        QTest::newRow("two PNGs of one size") << write("same-a.png", a) << write("same-b.png", b) << true;
+        QTest::newRow("JPEGs of two sizes")
+            << write("size-a.jpg", a) << write("size-b.jpg", picture(480, 640, QImage::Format_RGB32, false, 32)) << false;
+        QTest::newRow("two TIFFs: read as always") << write("same-a.tif", a) << write("same-b.tif", b) << false;
+    }
+
+    void jpegAndPngAreDecodedIntoTheSameMemory()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        QFETCH(bool, sameMemory);
+        const PixmapFormats formats = PixmapFormats::ofThisScreen();
+        QImage buffer;
+        QVERIFY(!thumbnailOfFile(first, kAddedThumbnailSize, formats, buffer).isNull());
+        const uchar* memory = buffer.constBits();
+        const QImage thumbnail = thumbnailOfFile(second, kAddedThumbnailSize, formats, buffer);
+        QCOMPARE(thumbnail, thumbnailOfFile(second, kAddedThumbnailSize, formats));
+        QCOMPARE(memory != nullptr && buffer.constBits() == memory, sameMemory);
     }
 
     void pixmapFormIsWhatAPixmapHolds_data()
