@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "intake/thumbnail.h"
 
-#include <QImageReader>
+#include "keying/photoread.h"
+
 #include <QPixmap>
 
 namespace {
@@ -101,18 +102,7 @@ QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapForma
 
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats, QImage& decodeBuffer)
 {
-    QImageReader reader(path);
-    const QByteArray kind = reader.format();
-    // Both decoders write every pixel of the picture or report failure: a
-    // JPEG cut short still gets all its rows (grey ones past the end), a PNG
-    // cut short does not read at all. Nothing of the earlier photo can show.
-    // Other decoders may leave rows of a damaged file as they found them.
-    if (kind != "jpeg" && kind != "png")
-        return thumbnailOf(reader.read(), size, formats);
-    if (!reader.read(&decodeBuffer)) {
-        decodeBuffer = QImage();
-        return QImage();
-    }
+    keying::readPhotoInto(path, decodeBuffer);
     return thumbnailOf(decodeBuffer, size, formats);
 }
 

@@ -41,12 +41,10 @@ QImage thumbnailOf(const QImage& photo, const QSize& size, const PixmapFormats& 
 // null when the file cannot be read as an image. Safe on any thread.
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats);
 
-// The same, decoding into `decodeBuffer` where that gives the same pixels: a
-// JPEG or PNG the size and format of the photo before it is decoded into that
-// photo's memory instead of into fresh memory, which the system would have to
-// hand over page by page (most of a decode's time on some machines). The
-// buffer holds the last such photo afterwards; whoever keeps it keeps that
-// much memory.
+// The same, decoding into `decodeBuffer` (keying::readPhotoInto): a worker
+// that makes thumbnail after thumbnail reuses one photo's memory. The buffer
+// holds the last photo afterwards (null after a file that could not be read);
+// whoever keeps it keeps that much memory.
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats, QImage& decodeBuffer);
 
 // The icon a list item shows for a thumbnail made by thumbnailOf: empty for a

@@ -2,6 +2,7 @@
 #include "keying/pipeline.h"
 
 #include "keying/keymask.h"
+#include "keying/photoread.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -34,9 +35,17 @@ bool allOpaque(const QImage& img)
 
 QImage photoAsKeyed(const QString& path, int degrees)
 {
+    QImage photo;
+    readPhotoAsKeyed(path, degrees, photo);
+    return photo;
+}
+
+void readPhotoAsKeyed(const QString& path, int degrees, QImage& photo)
+{
+    readPhotoInto(path, photo);
     QTransform turn;
     turn.rotate(degrees);
-    return QImage(path).transformed(turn, Qt::FastTransformation);
+    photo = photo.transformed(turn, Qt::FastTransformation);
 }
 
 QImage fittedBackground(const QImage& background, const QSize& photoSize)

@@ -20,6 +20,10 @@ namespace keying {
 // the contents), then turned by `degrees` with the fast, unfiltered transform.
 // A turn of 0 leaves the pixels exactly as stored. Null when it cannot be read.
 QImage photoAsKeyed(const QString& path, int degrees);
+// The same, read into `photo`, whose memory is reused where that gives the
+// same pixels (readPhotoInto): the window reads photo after photo into its
+// one foreground.
+void readPhotoAsKeyed(const QString& path, int degrees, QImage& photo);
 
 // The background stretched to exactly `photoSize`, aspect ratio ignored, fast
 // (unfiltered) scaling. Scaling to the size it already has changes nothing;

@@ -7,6 +7,7 @@
 #include "intake/folderscan.h"
 #include "intake/hotfolder.h"
 #include "intake/thumbnail.h"
+#include "keying/photoread.h"
 #include "keying/pipeline.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/thumbnailprogress.h"
@@ -31,7 +32,7 @@ Dialog::Dialog(QWidget* parent, Qt::WindowFlags flags)
     connect(ui->Rotation, &QComboBox::currentIndexChanged, this,
             [this](int index) { on_Rotation_currentIndexChanged(ui->Rotation->itemText(index)); });
 
-    m_foreground.load(MyGlobal::appDir + QStringLiteral("/1green.JPG"));
+    keying::readPhotoInto(MyGlobal::appDir + QStringLiteral("/1green.JPG"), m_foreground);
 
     m_watcher = new QFileSystemWatcher(this);
     connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, &Dialog::handleDirectoryChanged);

@@ -7,6 +7,7 @@
 #include "intake/imagetypes.h"
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
+#include "keying/photoread.h"
 #include "keying/pipeline.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/thumbnailprogress.h"
@@ -78,7 +79,7 @@ void Dialog::on_listWidget_Bk_clicked(QModelIndex index)
     ui->listWidget_Bk->setCurrentRow(index.row());
 
     // Any keying held in the foreground is thrown away first.
-    m_foreground.load(MyGlobal::CurSelection);
+    keying::readPhotoInto(MyGlobal::CurSelection, m_foreground);
 
     const QList<QListWidgetItem*> selected = ui->listWidget_Bk->selectedItems();
     if (!selected.isEmpty()) {

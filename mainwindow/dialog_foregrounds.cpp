@@ -7,6 +7,7 @@
 #include "intake/imagetypes.h"
 #include "intake/listremoval.h"
 #include "intake/thumbnail.h"
+#include "keying/photoread.h"
 #include "keying/pipeline.h"
 #include "mainwindow/droplistwidget.h"
 #include "mainwindow/thumbnailprogress.h"
@@ -55,7 +56,7 @@ void Dialog::addForegroundsAndShowLast(const QStringList& paths)
     // Also when nothing was added (a cancelled dialog, an empty folder): the
     // current photo is read again from its file and the background follows
     // its size; the key point is left as it is.
-    m_foreground.load(MyGlobal::CurSelection);
+    keying::readPhotoInto(MyGlobal::CurSelection, m_foreground);
     if (last) {
         ui->listWidget->fillThumbnailFrom(last, kAddedThumbnailSize, m_foreground);
         m_foregroundProgress->follow();
@@ -80,7 +81,7 @@ void Dialog::RemoveFiles()
         return; // list empty: the removed photo stays on show
     list->setCurrentRow(row);
     MyGlobal::CurSelection = list->currentItem()->data(Qt::DisplayRole).toString();
-    m_foreground.load(MyGlobal::CurSelection);
+    keying::readPhotoInto(MyGlobal::CurSelection, m_foreground);
     UpdateScene();
 }
 
@@ -92,7 +93,7 @@ void Dialog::on_listWidget_clicked(QModelIndex index)
     const QList<QListWidgetItem*> selected = ui->listWidget->selectedItems();
     if (!selected.isEmpty()) {
         MyGlobal::CurSelection = selected.first()->data(Qt::DisplayRole).toString();
-        m_foreground.load(MyGlobal::CurSelection);
+        keying::readPhotoInto(MyGlobal::CurSelection, m_foreground);
         Rotate();
         // The reported line is a fixed number that support tooling recognises
         // in crash reports; it must not follow this file's line numbering.

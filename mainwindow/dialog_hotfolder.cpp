@@ -8,6 +8,7 @@
 #include "intake/hotfolder.h"
 #include "intake/preset.h"
 #include "intake/thumbnail.h"
+#include "keying/photoread.h"
 #include "mainwindow/droplistwidget.h"
 #include "ui_dialog.h"
 
@@ -40,7 +41,7 @@ void Dialog::showNewestHotPhoto(const QString& path)
     QListWidgetItem* item = addForegroundAwaitingPhoto(path);
     MyGlobal::CurSelection = path;
     // Read once, for the foreground and for its icon.
-    m_foreground.load(path);
+    keying::readPhotoInto(path, m_foreground);
     ui->listWidget->fillThumbnailFrom(item, kAddedThumbnailSize, m_foreground);
     UpdateScene();
 }

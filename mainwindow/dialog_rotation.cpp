@@ -9,7 +9,7 @@
 
 void Dialog::Rotate()
 {
-    m_foreground = keying::photoAsKeyed(MyGlobal::CurSelection, ui->Rotation->currentText().toInt());
+    keying::readPhotoAsKeyed(MyGlobal::CurSelection, ui->Rotation->currentText().toInt(), m_foreground);
     // Scaled from its current pixels, not reloaded: only choosing a background
     // reads its file again.
     m_bkg = keying::fittedBackground(m_bkg, m_foreground.size());

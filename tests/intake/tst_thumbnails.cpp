@@ -191,34 +191,6 @@ private slots:
         QCOMPARE(icon64(iconOfThumbnail(thumbnail), size), icon64(oracle, size));
     }
 
-    void jpegAndPngAreDecodedIntoTheSameMemory_data()
-    {
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
-        QTest::addColumn<bool>("sameMemory");
-        const QImage a = picture(640, 480, QImage::Format_RGB32, false, 30);
-        const QImage b = picture(640, 480, QImage::Format_RGB32, false, 31);
-        QTest::newRow("two JPEGs of one size") << write("same-a.jpg", a) << write("same-b.jpg", b) << true;
-        QTest::newRow("two PNGs of one size") << write("same-a.png", a) << write("same-b.png", b) << true;
-        QTest::newRow("JPEGs of two sizes")
-            << write("size-a.jpg", a) << write("size-b.jpg", picture(480, 640, QImage::Format_RGB32, false, 32)) << false;
-        QTest::newRow("two TIFFs: read as always") << write("same-a.tif", a) << write("same-b.tif", b) << false;
-    }
-
-    void jpegAndPngAreDecodedIntoTheSameMemory()
-    {
-        QFETCH(QString, first);
-        QFETCH(QString, second);
-        QFETCH(bool, sameMemory);
-        const PixmapFormats formats = PixmapFormats::ofThisScreen();
-        QImage buffer;
-        QVERIFY(!thumbnailOfFile(first, kAddedThumbnailSize, formats, buffer).isNull());
-        const uchar* memory = buffer.constBits();
-        const QImage thumbnail = thumbnailOfFile(second, kAddedThumbnailSize, formats, buffer);
-        QCOMPARE(thumbnail, thumbnailOfFile(second, kAddedThumbnailSize, formats));
-        QCOMPARE(memory != nullptr && buffer.constBits() == memory, sameMemory);
-    }
-
     void pixmapFormIsWhatAPixmapHolds_data()
     {
         QTest::addColumn<QImage>("image");
