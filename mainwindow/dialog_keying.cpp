@@ -14,6 +14,9 @@
 
 void Dialog::GVClicked(int x, int y)
 {
+    // The composite on show is replaced below before anyone can save it;
+    // letting go of it first lets the photo be read back into its memory.
+    m_preview = QPixmap();
     // Keying always starts from the photo as stored, so clicks never pile up.
     Rotate();
     MyGlobal::xyClicked = QPoint(x, y);
