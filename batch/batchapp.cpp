@@ -8,6 +8,7 @@
 #include "batch/photolist.h"
 #include "batch/report.h"
 #include "batch/stopsignals.h"
+#include "keying/photoread.h"
 #include "output/outputfolder.h"
 
 #include <QCoreApplication>
@@ -63,7 +64,7 @@ struct Prepared
 int prepare(const BatchOptions& o, Prepared& p)
 {
     if (!o.transparent) {
-        p.background = QImage(o.background);
+        p.background = keying::readPhoto(o.background);
         if (p.background.isNull())
             return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
     }

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include <utility>
+
 namespace batch {
 
 namespace {
@@ -67,7 +69,11 @@ PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QS
     const QString cutShort = cutShortReason(photoPath);
     if (!cutShort.isEmpty())
         return finish(cutShort);
-    QImage photo = keying::photoAsKeyed(photoPath, 0);
+    // Each worker thread decodes photo after photo into the memory of the
+    // composite it wrote last, which its thread keeps until it ends.
+    thread_local QImage decodeBuffer;
+    QImage photo = std::exchange(decodeBuffer, QImage());
+    keying::readPhotoAsKeyed(photoPath, 0, photo);
     if (photo.isNull() && !QFileInfo::exists(photoPath))
         return finish(QStringLiteral("the photo is gone (deleted or moved after it was listed)"));
     if (photo.isNull())
@@ -82,13 +88,14 @@ PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QS
     if (settings.measureShare)
         r.replacedShare = keying::backdropShare(photo, key);
 
-    const QImage keyed = keyedImage(settings, fits, std::move(photo), key);
+    QImage keyed = keyedImage(settings, fits, std::move(photo), key);
     const QByteArray format = settings.format.isEmpty() ? keying::formatForName(outputPath) : settings.format;
     const int quality = (format == "jpg" || format == "jpeg") ? settings.quality : -1;
     QString why;
     if (!keying::saveImageFile(keyed, outputPath, format, quality, &why))
-        return finish(writeError(outputPath, why, keyed));
-    return finish(QString());
+        r.error = writeError(outputPath, why, keyed);
+    decodeBuffer = std::move(keyed);
+    return finish(r.error);
 }
 
 } // namespace batch

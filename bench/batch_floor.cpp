@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The floor of a batch run: each photo of a folder decoded and encoded again as
 // JPEG at the writer's default quality, on a pool of N threads, nothing else.
+// Each thread decodes into the memory of its photo before, as the tool does.
 // Usage: plendra_batch_floor JOBS OUTPUT_DIR PHOTO...
+#include "keying/photoread.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImage>
@@ -26,7 +29,9 @@ int main(int argc, char* argv[])
     for (int i = 3; i < argc; ++i) {
         const QString photo = QString::fromLocal8Bit(argv[i]);
         pool.start([&failed, photo, out] {
-            if (!QImage(photo).save(out + QLatin1Char('/') + QFileInfo(photo).fileName(), "jpg"))
+            thread_local QImage decoded;
+            if (!keying::readPhotoInto(photo, decoded)
+                || !decoded.save(out + QLatin1Char('/') + QFileInfo(photo).fileName(), "jpg"))
                 ++failed;
         });
     }

@@ -107,7 +107,7 @@ void Dialog::fillBackgroundLibrary()
     bool firstBackgroundFilled = false;
     if (!chosen.isEmpty()) {
         MyGlobal::CurSelectionBk = chosen.first()->data(Qt::DisplayRole).toString();
-        const QImage picture(MyGlobal::CurSelectionBk);
+        const QImage picture = keying::readPhoto(MyGlobal::CurSelectionBk);
         if (chosen.first() == firstBackground) {
             ui->listWidget_Bk->fillThumbnailFrom(firstBackground, kStartupThumbnailSize, picture);
             firstBackgroundFilled = true;

@@ -21,7 +21,7 @@ namespace {
 // Reads the background afresh from its file and fits it to the foreground.
 QImage loadBackgroundFor(const QString& path, const QImage& foreground)
 {
-    return keying::fittedBackground(QImage(path), foreground.size());
+    return keying::fittedBackground(keying::readPhoto(path), foreground.size());
 }
 
 } // namespace
@@ -47,7 +47,7 @@ void Dialog::on_AddBackground_clicked()
 
     // Also after a cancel, which undoes any earlier rescaling. The preview is
     // left alone: the new background shows with the next key click.
-    const QImage picture(MyGlobal::CurSelectionBk);
+    const QImage picture = keying::readPhoto(MyGlobal::CurSelectionBk);
     if (last) {
         ui->listWidget_Bk->fillThumbnailFrom(last, kAddedThumbnailSize, picture);
         m_backgroundProgress->follow();

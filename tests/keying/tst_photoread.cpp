@@ -61,6 +61,13 @@ private slots:
         row("16-bit PNG", write("deep.png", shot(QImage::Format_RGBA64, 6)), true);
         row("paletted PNG", write("paletted.png", shot(QImage::Format_Indexed8, 7)), true);
         row("PNG cut short", write("cut.png", shot(QImage::Format_RGB32, 8), 50), false);
+        // Pictures of several megabytes get memory of their own making.
+        row("large JPEG", write("large.jpg", shot(QImage::Format_RGB32, 11, 1601, 1203)), true);
+        row("large grey JPEG", write("large-grey.jpg", shot(QImage::Format_Grayscale8, 12, 2401, 2003)), true);
+        row("large JPEG cut short", write("large-cut.jpg", shot(QImage::Format_RGB32, 13, 1601, 1203), 30), true);
+        row("large PNG with alpha", write("large-alpha.png", shot(QImage::Format_ARGB32, 14, 1601, 1203)), true);
+        row("large 16-bit PNG", write("large-deep.png", shot(QImage::Format_RGBA64, 15, 1201, 903)), true);
+        row("large PNG cut short", write("large-cut.png", shot(QImage::Format_RGB32, 16, 1601, 1203), 60), false);
         row("TIFF", write("a.tif", shot(QImage::Format_RGB32, 9)), true);
         row("BMP", write("a.bmp", shot(QImage::Format_RGB888, 10)), true);
         QFile text(m_dir.path() + QStringLiteral("/text.jpg"));
