@@ -97,7 +97,8 @@ QImage thumbnailOf(const QImage& photo, const QSize& size, const PixmapFormats& 
 
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats)
 {
-    return thumbnailOf(QImage(path), size, formats);
+    QImage decoded;
+    return thumbnailOfFile(path, size, formats, decoded);
 }
 
 QImage thumbnailOfFile(const QString& path, const QSize& size, const PixmapFormats& formats, QImage& decodeBuffer)

@@ -4,8 +4,9 @@
 // Makes thumbnails off the GUI thread, several at once: photos are read whole
 // and scaled on a pool of its own with one decode per core at most, so memory
 // stays bounded however many photos wait. Each worker decodes photo after
-// photo into the same memory and lets it go when no photo is left. Results come back on the thread
-// that owns the loader, through a queued signal, in the order work finishes.
+// photo into the same memory and lets it go when no photo is left. Results
+// come back on the thread that owns the loader, through a queued signal, in
+// the order work finishes.
 
 #include "intake/thumbnail.h"
 
