@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "batch/batchoptions.h"
 
+#include "batch/optiontable.h"
+
 #include "state/version.h"
 
 #include <QCommandLineParser>
@@ -11,28 +13,6 @@ namespace batch {
 namespace {
 
 const QStringList kFormats = {QStringLiteral("jpg"), QStringLiteral("png"), QStringLiteral("tif"), QStringLiteral("bmp")};
-
-QString helpText()
-{
-    return usageLine() + QStringLiteral("\n"
-        "Keys photos shot against a green or blue backdrop onto a background, as the\n"
-        "Plendra window does when its backdrop is clicked and \"Save Image\" pressed.\n\n"
-        "  -b, --background FILE   the background photo; fitted to each photo as the window fits it\n"
-        "  -k, --key-point X,Y     take the key colour from this pixel of each photo (photo pixels, origin top left)\n"
-        "  -c, --key-colour COLOUR a fixed key colour instead (#RRGGBB)\n"
-        "  -o, --output DIR        where composites go (default: the window's output folder, Documents/Plendra)\n"
-        "  -f, --format FMT        jpg, png, tif or bmp (default: each photo's own suffix, as the window saves)\n"
-        "  -q, --quality N         JPEG quality 0-100 (default: what the window writes)\n"
-        "      --transparent       write a PNG whose backdrop is transparent instead of a composite (no -b needed)\n"
-        "  -w, --watch             after the photos given, keep keying every new photo that arrives in the FOLDERs\n"
-        "      --settle MS         with --watch, how long a new photo must stay unchanged before it is keyed (default 1000)\n"
-        "  -j, --jobs N            photos keyed at once (default: the machine's cores)\n"
-        "      --shard K/N         take only the K-th of N equal shares of the photos (for several machines)\n"
-        "      --json              one JSON object a line per photo (name, output, key colour, replaced share, ms, error)\n"
-        "  -h, --help              show this help\n"
-        "      --version           show the version\n\n"
-        "Exit status: 0 when every photo was written, 1 when some failed, 2 for a usage error.\n");
-}
 
 std::optional<QPoint> pointFrom(const QString& text)
 {
@@ -122,31 +102,12 @@ QString readOptions(const QCommandLineParser& p, BatchOptions& o)
 
 } // namespace
 
-QString usageLine()
-{
-    return QStringLiteral("Usage: plendra-batch -b BACKGROUND (-k X,Y | -c '#RRGGBB') [options] PHOTO|FOLDER...");
-}
-
 ParsedCommandLine parseCommandLine(const QStringList& arguments)
 {
     QCommandLineParser p;
     p.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
-    p.addOptions({
-        {{QStringLiteral("b"), QStringLiteral("background")}, QString(), QStringLiteral("FILE")},
-        {{QStringLiteral("k"), QStringLiteral("key-point")}, QString(), QStringLiteral("X,Y")},
-        {{QStringLiteral("c"), QStringLiteral("key-colour")}, QString(), QStringLiteral("COLOUR")},
-        {{QStringLiteral("o"), QStringLiteral("output")}, QString(), QStringLiteral("DIR")},
-        {{QStringLiteral("f"), QStringLiteral("format")}, QString(), QStringLiteral("FMT")},
-        {{QStringLiteral("q"), QStringLiteral("quality")}, QString(), QStringLiteral("N")},
-        {QStringLiteral("transparent"), QString()},
-        {{QStringLiteral("w"), QStringLiteral("watch")}, QString()},
-        {QStringLiteral("settle"), QString(), QStringLiteral("MS")},
-        {{QStringLiteral("j"), QStringLiteral("jobs")}, QString(), QStringLiteral("N")},
-        {QStringLiteral("shard"), QString(), QStringLiteral("K/N")},
-        {QStringLiteral("json"), QString()},
-        {{QStringLiteral("h"), QStringLiteral("help")}, QString()},
-        {QStringLiteral("version"), QString()},
-    });
+    for (const OptionEntry& o : optionTable())
+        p.addOption(QCommandLineOption(o.names, o.description, o.valueName));
     if (!p.parse(arguments))
         return usageError(p.errorText());
     if (p.isSet(QStringLiteral("help"))) {

@@ -3,6 +3,8 @@
 
 // What a plendra-batch run is asked to do, read from its command line.
 
+#include "batch/optiontable.h"
+
 #include <QByteArray>
 #include <QPoint>
 #include <QRgb>
@@ -45,8 +47,5 @@ struct ParsedCommandLine
 
 // `arguments` includes the program name first, as QCoreApplication gives it.
 ParsedCommandLine parseCommandLine(const QStringList& arguments);
-
-// The first line of the help, shown under a usage error.
-QString usageLine();
 
 } // namespace batch

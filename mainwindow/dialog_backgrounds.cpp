@@ -3,14 +3,14 @@
 // used where they lie: nothing is copied into "Bkg" and nothing is deleted.
 #include "mainwindow/dialog.h"
 
-#include "state/globals.h"
 #include "intake/imagetypes.h"
-#include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/photoread.h"
 #include "keying/pipeline.h"
 #include "mainwindow/droplistwidget.h"
+#include "mainwindow/listremoval.h"
 #include "mainwindow/thumbnailprogress.h"
+#include "state/globals.h"
 #include "ui_dialog.h"
 
 #include <QFileDialog>

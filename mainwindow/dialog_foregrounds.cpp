@@ -2,15 +2,15 @@
 // The FOREGROUNDS list: adding, removing and choosing the photos to key.
 #include "mainwindow/dialog.h"
 
-#include "state/fatal.h"
-#include "state/globals.h"
 #include "intake/imagetypes.h"
-#include "intake/listremoval.h"
 #include "intake/thumbnail.h"
 #include "keying/photoread.h"
 #include "keying/pipeline.h"
 #include "mainwindow/droplistwidget.h"
+#include "mainwindow/listremoval.h"
 #include "mainwindow/thumbnailprogress.h"
+#include "state/fatal.h"
+#include "state/globals.h"
 #include "ui_dialog.h"
 
 #include <QDropEvent>

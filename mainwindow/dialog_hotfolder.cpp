@@ -3,13 +3,13 @@
 // manual: a new photo is only listed and shown.
 #include "mainwindow/dialog.h"
 
-#include "state/globals.h"
+#include "dialogs/preset.h"
 #include "intake/folderscan.h"
 #include "intake/hotfolder.h"
-#include "intake/preset.h"
 #include "intake/thumbnail.h"
 #include "keying/photoread.h"
 #include "mainwindow/droplistwidget.h"
+#include "state/globals.h"
 #include "ui_dialog.h"
 
 #include <QFileSystemWatcher>

@@ -2,11 +2,11 @@
 // "Save Image", the choice of the output folder and of the output size.
 #include "mainwindow/dialog.h"
 
+#include "dialogs/customsize.h"
+#include "dialogs/outputfolderchoice.h"
 #include "keying/pipeline.h"
-#include "output/customsize.h"
 #include "output/opener.h"
 #include "output/outputchoices.h"
-#include "output/outputfolder.h"
 #include "output/savetarget.h"
 #include "state/globals.h"
 #include "ui_dialog.h"

@@ -3,8 +3,6 @@
 
 #include <QString>
 
-class QWidget;
-
 // The output folder a user starts with: a "Plendra" folder under the
 // "Documents" of `home`, made (with any missing parents) when it is not there.
 // Nothing is reported: when it cannot be made or entered, the "Documents" path
@@ -13,8 +11,3 @@ QString defaultOutputFolder(const QString& home);
 
 // Sets MyGlobal::outputDir at start to the default folder of the user's home.
 void setUpOutputFolder();
-
-// Asks for a folder (starting in `current`) and makes an "Osl_Output#" folder
-// in it, warning first when that folder is there already. Returns the new
-// output folder, or `current` when the user cancels or aborts.
-QString chooseOutputFolder(QWidget* parent, const QString& current);

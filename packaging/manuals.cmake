@@ -9,7 +9,17 @@ endif()
 set(man_outputs "")
 foreach(page ${man_pages})
   set(roff "${CMAKE_CURRENT_BINARY_DIR}/man/${page}.1")
-  configure_file("man/${page}.1.in" "${roff}" @ONLY)
+  if(page STREQUAL "plendra-batch")
+    # Its OPTIONS section is written from the tool's own option table, the
+    # one its --help is written from.
+    configure_file("man/${page}.1.in" "${roff}.in" @ONLY)
+    add_custom_command(OUTPUT "${roff}"
+      COMMAND plendra_batch_manual "${roff}.in" "${roff}"
+      DEPENDS plendra_batch_manual "${roff}.in"
+      COMMENT "Writing ${page}(1) with its options")
+  else()
+    configure_file("man/${page}.1.in" "${roff}" @ONLY)
+  endif()
   # -n keeps the name and time out of the archive, so builds are reproducible.
   add_custom_command(OUTPUT "${roff}.gz"
     COMMAND gzip -9 -n -f -k "${roff}"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/hostile_intake/hostilewatch.h"
 
-#include "intake/preset.h"
+#include "dialogs/preset.h"
 #include "mainwindow/dialog.h"
 #include "state/globals.h"
 #include "tests/fixture/windowfixture.h"

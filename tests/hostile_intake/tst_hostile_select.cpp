@@ -2,13 +2,13 @@
 // Choosing each listed item of both lists when it is hostile: files that went
 // away or cannot be read, and every entry of the corpus.
 
+#include "tests/fixture/windowfixture.h"
 #include "tests/hostile_intake/hostileintake.h"
 #include "tests/hostile_intake/hostilewatch.h"
-#include "tests/fixture/windowfixture.h"
 
-#include "state/globals.h"
-#include "intake/preset.h"
+#include "dialogs/preset.h"
 #include "mainwindow/dialog.h"
+#include "state/globals.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -3,13 +3,13 @@
 // watcher's notifications, a folder deleted while watched and a file that goes
 // between the scan and its loading.
 
+#include "tests/fixture/windowfixture.h"
 #include "tests/hostile_intake/hostileintake.h"
 #include "tests/hostile_intake/hostilewatch.h"
-#include "tests/fixture/windowfixture.h"
 
-#include "state/globals.h"
-#include "intake/preset.h"
+#include "dialogs/preset.h"
 #include "mainwindow/dialog.h"
+#include "state/globals.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -4,9 +4,9 @@
 
 #include "tests/fixture/windowfixture.h"
 
-#include "state/globals.h"
-#include "intake/preset.h"
+#include "dialogs/preset.h"
 #include "mainwindow/dialog.h"
+#include "state/globals.h"
 
 #include <QDateTime>
 #include <QDialogButtonBox>

@@ -5,8 +5,8 @@
 // int, reads as 0). A pair with no 0 in it is stored and closes the dialog,
 // negative numbers included; otherwise the message comes up and the dialog
 // stays open with its fields as typed.
+#include "dialogs/customsize.h"
 #include "state/globals.h"
-#include "output/customsize.h"
 #include "tests/fixture/modalanswerer.h"
 #include "tests/support/testsupport.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The output size and format tables, the custom-size dialog and the size box
 // of the main window.
-#include "state/globals.h"
+#include "dialogs/customsize.h"
 #include "mainwindow/dialog.h"
-#include "output/customsize.h"
 #include "output/outputchoices.h"
+#include "state/globals.h"
 #include "tests/fixture/windowfixture.h"
 #include "tests/support/foldertree.h"
 #include "tests/support/recordingopener.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "intake/listremoval.h"
+#include "mainwindow/listremoval.h"
 
 #include <QListWidget>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "output/customsize.h"
+#include "dialogs/customsize.h"
 
 #include "state/globals.h"
 #include "ui_customsize.h"

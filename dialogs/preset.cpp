@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "intake/preset.h"
+#include "dialogs/preset.h"
 
 #include "state/globals.h"
 #include "ui_preset.h"

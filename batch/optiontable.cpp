@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "batch/optiontable.h"
+
+namespace batch {
+
+namespace {
+
+OptionEntry entry(QStringList names, QString valueName, QString description, QString manualNote = {})
+{
+    return OptionEntry{std::move(names), std::move(valueName), std::move(description), std::move(manualNote)};
+}
+
+// The left column of the help: "  -b, --background FILE", or the long name
+// alone, indented as if it had a short one.
+QString helpNames(const OptionEntry& o)
+{
+    QString text = QStringLiteral("  ");
+    for (const QString& name : o.names) {
+        if (name.size() == 1)
+            text += QStringLiteral("-%1, ").arg(name);
+    }
+    if (o.names.first().size() > 1)
+        text += QStringLiteral("    ");
+    text += QStringLiteral("--") + o.names.last();
+    if (!o.valueName.isEmpty())
+        text += QLatin1Char(' ') + o.valueName;
+    return text;
+}
+
+// Text for a roff line: backslashes and hyphens escaped, and no line may
+// start with a control character.
+QString roffText(QString text)
+{
+    text.replace(QLatin1Char('\\'), QStringLiteral("\\e"));
+    text.replace(QLatin1Char('-'), QStringLiteral("\\-"));
+    if (text.startsWith(QLatin1Char('.')) || text.startsWith(QLatin1Char('\'')))
+        text.prepend(QStringLiteral("\\&"));
+    return text;
+}
+
+// The option's names in bold and its value in italics, as man pages show them.
+QString manualNames(const OptionEntry& o)
+{
+    QStringList bold;
+    for (const QString& name : o.names)
+        bold << roffText((name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name);
+    if (bold.size() == 1 && o.valueName.isEmpty())
+        return QStringLiteral(".B ") + bold.first();
+    QString line = QStringLiteral(".BR ") + bold.join(QStringLiteral(" \", \" "));
+    if (!o.valueName.isEmpty())
+        line += QStringLiteral(" \" \\fI") + roffText(o.valueName) + QStringLiteral("\\fR\"");
+    return line;
+}
+
+QString sentence(const QString& text)
+{
+    QString s = text;
+    if (!s.isEmpty())
+        s[0] = s[0].toUpper();
+    return s.endsWith(QLatin1Char('.')) ? s : s + QLatin1Char('.');
+}
+
+} // namespace
+
+const QList<OptionEntry>& optionTable()
+{
+    static const QList<OptionEntry> table = {
+        entry({"b", "background"}, "FILE", "the background photo; fitted to each photo as the window fits it"),
+        entry({"k", "key-point"}, "X,Y",
+              "take the key colour from this pixel of each photo (photo pixels, origin top left)"),
+        entry({"c", "key-colour"}, "COLOUR", "a fixed key colour instead (#RRGGBB)"),
+        entry({"o", "output"}, "DIR",
+              "where composites go (default: the window's output folder, Documents/Plendra)"),
+        entry({"f", "format"}, "FMT", "the output format: jpg, png, tif or bmp (default: each photo's own suffix, as the window saves)",
+              "The composite's name then takes that suffix."),
+        entry({"q", "quality"}, "N", "JPEG quality 0-100 (default: what the window writes)"),
+        entry({"transparent"}, {},
+              "write a PNG whose backdrop is transparent instead of a composite (no -b needed)"),
+        entry({"w", "watch"}, {},
+              "after the photos given, keep keying every new photo that arrives in the FOLDERs",
+              "Each photo is keyed once, and only when it is complete. "
+              "A photo whose composite exists and is newer is not keyed again. "
+              "SIGINT and SIGTERM finish the photos in flight and end with status 0."),
+        entry({"settle"}, "MS",
+              "with --watch, how long a new photo must stay unchanged before it is keyed (default 1000)"),
+        entry({"j", "jobs"}, "N", "photos keyed at once (default: the machine's cores)"),
+        entry({"shard"}, "K/N", "take only the K-th of N equal shares of the photos (for several machines)"),
+        entry({"json"}, {},
+              "one JSON object a line per photo (name, output, key colour, replaced share, ms, error)"),
+        entry({"h", "help"}, {}, "show this help"),
+        entry({"version"}, {}, "show the version"),
+    };
+    return table;
+}
+
+QString usageLine()
+{
+    return QStringLiteral("Usage: plendra-batch -b BACKGROUND (-k X,Y | -c '#RRGGBB') [options] PHOTO|FOLDER...");
+}
+
+QString helpText()
+{
+    // Descriptions start in one column; a longer left side keeps one blank.
+    constexpr int kNamesWidth = 25;
+    QString text = usageLine() + QStringLiteral("\n"
+        "Keys photos shot against a green or blue backdrop onto a background, as the\n"
+        "Plendra window does when its backdrop is clicked and \"Save Image\" pressed.\n\n");
+    for (const OptionEntry& o : optionTable())
+        text += helpNames(o).leftJustified(kNamesWidth) + QLatin1Char(' ') + o.description + QLatin1Char('\n');
+    text += QStringLiteral("\nExit status: 0 when every photo was written, 1 when some failed, 2 for a usage error.\n");
+    return text;
+}
+
+QString manualOptions()
+{
+    QString roff;
+    for (const OptionEntry& o : optionTable()) {
+        roff += QStringLiteral(".TP\n") + manualNames(o) + QLatin1Char('\n') + roffText(sentence(o.description));
+        if (!o.manualNote.isEmpty())
+            roff += QLatin1Char('\n') + roffText(o.manualNote);
+        roff += QLatin1Char('\n');
+    }
+    return roff;
+}
+
+} // namespace batch
