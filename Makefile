@@ -1,21 +1,30 @@
 # SPDX-License-Identifier: MIT
 # The front door: `make run`, `make test`, `make bench`. Each installs what is
-# missing, configures on first use and builds before it does its work.
+# missing, configures on first use and builds before it does its work. The
+# generator is asked for only when a tree is configured, after the installs.
 
 BUILD ?= build
 BENCH_BUILD ?= build-bench
 WERROR ?= OFF
-GENERATOR := $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
+GENERATOR = $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 
-.PHONY: all deps configure build run test package package-test bench sanitize clean
+.PHONY: all deps configure build run test package package-test bench sanitize sanitize-build clean
 
 all: build
 
-deps:
-	@./scripts/install-deps.sh
+# Each command installs what its purpose needs, when missing: building and
+# running, testing, benchmarking (with the tools plendra-batch is raced
+# against), or packaging. The purpose reaches `deps` from the command asked for.
+PURPOSE = test
+run: PURPOSE = build
+bench: PURPOSE = bench
+package package-test: PURPOSE = package
 
-$(BUILD)/CMakeCache.txt:
+deps:
+	@./scripts/install-deps.sh $(PURPOSE)
+
+$(BUILD)/CMakeCache.txt: | deps
 	cmake -S . -B $(BUILD) -G "$(GENERATOR)" -DPLENDRA_WERROR=$(WERROR)
 
 configure: deps $(BUILD)/CMakeCache.txt
@@ -55,11 +64,16 @@ bench: deps
 
 # Every unit and widget test again, built with AddressSanitizer and
 # UndefinedBehaviorSanitizer (LeakSanitizer included) in a tree of its own.
+# Line tables are all a sanitizer's report needs; the tests that start the
+# program on a virtual screen are not built there.
 SANITIZE_BUILD ?= build-sanitize
-sanitize: deps
+sanitize-build: deps
 	@test -f $(SANITIZE_BUILD)/CMakeCache.txt || cmake -S . -B $(SANITIZE_BUILD) -G "$(GENERATOR)" \
-	  -DCMAKE_BUILD_TYPE=Debug -DPLENDRA_SANITIZE=ON -DPLENDRA_WERROR=$(WERROR)
+	  -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 -DPLENDRA_SANITIZE=ON -DPLENDRA_E2E_TESTS=OFF \
+	  -DPLENDRA_WERROR=$(WERROR)
 	cmake --build $(SANITIZE_BUILD) -j $(JOBS)
+
+sanitize: sanitize-build
 	cd $(SANITIZE_BUILD) && \
 	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1:detect_stack_use_after_return=1 \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/lsan.supp:print_suppressions=0 \

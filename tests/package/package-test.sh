@@ -73,6 +73,15 @@ done <<<"$listing"
 if [[ $batch == ON ]]; then
   version=$(/usr/bin/plendra-batch --version) || fail "the installed plendra-batch does not start"
   echo "Installed: $version"
+  # A headless booth computer or server needs no widget stack for it.
+  libraries=$(ldd "$(readlink -f /usr/bin/plendra-batch)") || fail "ldd cannot read the installed plendra-batch"
+  grep -q libQt6Core <<<"$libraries" || fail "ldd names no Qt library for plendra-batch"
+  ! grep -q libQt6Widgets <<<"$libraries" || fail "the installed plendra-batch loads libQt6Widgets"
+  # Its manual page lists every option its help does.
+  for option in $(/usr/bin/plendra-batch --help | grep -oE -- '^ +(-[a-z], )?--[a-z-]+' | grep -oE -- '--[a-z-]+'); do
+    zcat /usr/share/man/man1/plendra-batch.1.gz | grep -qF -- "${option//-/\\-}" \
+      || fail "plendra-batch(1) does not describe $option"
+  done
 fi
 echo "The window's icon at 512 pixels: $(file -b /usr/share/icons/hicolor/512x512/apps/org.plendra.Plendra.png)"
 
