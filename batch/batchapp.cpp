@@ -86,6 +86,8 @@ int prepare(const BatchOptions& o, Prepared& p)
     for (const QString& folder : std::as_const(p.gathered.folders)) {
         if (o.watch && sameFolder(folder, p.output))
             return usageFailure(QStringLiteral("the output folder %1 is watched: its composites would be keyed again").arg(p.output));
+        if (!o.watch) // a watch names them as it sees them
+            p.gathered.problems << unaddressablePhotos(folder);
     }
     return 0;
 }

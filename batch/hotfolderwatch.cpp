@@ -94,16 +94,24 @@ void HotFolderWatch::watchFolder(Folder& folder, bool announce)
         emit notice(QStringLiteral("%1: no change events (%2): %3").arg(folder.path, why, every));
 }
 
+// The folder's photo entries; false when it cannot be read (and, when it is
+// gone, it is waited for).
+bool HotFolderWatch::scan(const Folder& folder, QList<FolderEntry>* entries)
+{
+    int error = 0;
+    if (scanPhotoEntries(folder.path, entries, &error))
+        return true;
+    if (error == ENOENT || error == ENOTDIR)
+        folderGone(folder.path);
+    return false;
+}
+
 // Everything in the folder, as at the start: whole photos are taken at once.
 void HotFolderWatch::seeAll(Folder& folder)
 {
     QList<FolderEntry> entries;
-    int error = 0;
-    if (!scanPhotoEntries(folder.path, &entries, &error)) {
-        if (error == ENOENT || error == ENOTDIR)
-            folderGone(folder.path);
+    if (!scan(folder, &entries))
         return;
-    }
     folder.names.clear();
     folder.turn.clear();
     for (const FolderEntry& e : std::as_const(entries)) {
@@ -151,12 +159,8 @@ void HotFolderWatch::followName(const Folder& folder, const QByteArray& name, qi
 void HotFolderWatch::poll(Folder& folder)
 {
     QList<FolderEntry> entries;
-    int error = 0;
-    if (!scanPhotoEntries(folder.path, &entries, &error)) {
-        if (error == ENOENT || error == ENOTDIR)
-            folderGone(folder.path);
+    if (!scan(folder, &entries))
         return;
-    }
     const qint64 linger = 10LL * m_settleMs;
     bool changed = entries.size() != folder.names.size();
     for (const FolderEntry& e : std::as_const(entries)) {

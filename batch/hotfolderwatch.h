@@ -67,6 +67,7 @@ private:
     };
 
     void watchFolder(Folder& folder, bool announce);
+    bool scan(const Folder& folder, QList<FolderEntry>* entries);
     void seeAll(Folder& folder);
     void seeName(const Folder& folder, const QByteArray& name, bool complete);
     void followName(const Folder& folder, const QByteArray& name, qint64 lingerMs);

@@ -52,12 +52,15 @@ private:
     const QByteArray& m_bytes;
 };
 
-QString tooLargeReason(QImageReader& reader)
+// Why a reader of a non-empty file gives no image.
+QString readerReason(QImageReader& reader)
 {
     const QSize size = reader.size();
     if (size.isValid() && double(size.width()) * size.height() * 4 > double(QImageReader::allocationLimit()) * 1024 * 1024)
         return QStringLiteral("too large to decode (%1 x %2 pixels)").arg(size.width()).arg(size.height());
-    return QString();
+    if (!reader.canRead())
+        return QStringLiteral("not an image Plendra can read");
+    return QStringLiteral("cannot be decoded: ") + reader.errorString();
 }
 
 } // namespace
@@ -95,12 +98,7 @@ QString unreadableReason(const QString& path)
         return QStringLiteral("the file is empty");
     file.close();
     QImageReader reader(path);
-    const QString tooLarge = tooLargeReason(reader);
-    if (!tooLarge.isEmpty())
-        return tooLarge;
-    if (!reader.canRead())
-        return QStringLiteral("not an image Plendra can read");
-    return QStringLiteral("cannot be decoded: ") + reader.errorString();
+    return readerReason(reader);
 }
 
 QString unreadableReason(const QByteArray& photo)
@@ -111,12 +109,7 @@ QString unreadableReason(const QByteArray& photo)
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
-    const QString tooLarge = tooLargeReason(reader);
-    if (!tooLarge.isEmpty())
-        return tooLarge;
-    if (!reader.canRead())
-        return QStringLiteral("not an image Plendra can read");
-    return QStringLiteral("cannot be decoded: ") + reader.errorString();
+    return readerReason(reader);
 }
 
 } // namespace batch

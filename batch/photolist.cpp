@@ -59,7 +59,6 @@ GatheredPhotos gatherPhotos(const QStringList& inputs)
         if (info.isDir()) {
             out.folders << input;
             out.photos << photosOfFolder(input);
-            out.problems << unaddressablePhotos(input);
         } else if (!info.exists()) {
             out.problems << input + QStringLiteral(": no such photo or folder");
         } else if (!isPhotoName(input)) {

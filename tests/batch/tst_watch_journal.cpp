@@ -18,11 +18,7 @@
 
 #include <csignal>
 
-using batchtest::compositesIn;
-using batchtest::jpegBytes;
-using batchtest::RunningTool;
-using batchtest::WatchSetup;
-using batchtest::writeAll;
+using namespace batchtest;
 
 namespace {
 
@@ -31,7 +27,7 @@ namespace {
 bool replaceWithOlderTime(const QString& photo, const QByteArray& bytes)
 {
     QFile f(photo);
-    if (!f.open(QIODevice::ReadWrite | QIODevice::Truncate) || f.write(bytes) != bytes.size())
+    if (!f.open(QIODevice::ReadWrite | QIODevice::Truncate) || f.write(bytes) != bytes.size() || !f.flush())
         return false;
     return f.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime);
 }
@@ -114,6 +110,7 @@ private slots:
         QVERIFY(watch.started());
         QVERIFY(watch.waitForLine(QStringLiteral("keyed ") + photo));
         QVERIFY(replaceWithOlderTime(photo, jpegBytes(160, 120, 32)));
+        QVERIFY(QFileInfo(photo).lastModified() < QFileInfo(out + QStringLiteral("/IMG_0001.jpg")).lastModified());
         for (int waited = 0; watch.count(QStringLiteral("keyed ") + photo) < 2 && waited < 200; ++waited)
             watch.waitForLine(QStringLiteral("no such line"), 100);
         QCOMPARE(watch.count(QStringLiteral("keyed ") + photo), 2);
