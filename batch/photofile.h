@@ -14,7 +14,9 @@ namespace batch {
 
 // The file as the disk knows it. A photo replaced under its name (a copy,
 // a second camera, a restore) has another inode, size or change time, even
-// when its modification time was set back.
+// when its modification time was set back. The device number is kept but not
+// compared: it changes each time a network share is mounted again, while the
+// file on it stays the same.
 struct PhotoIdentity
 {
     quint64 device = 0;
@@ -26,8 +28,7 @@ struct PhotoIdentity
     bool isValid() const { return size >= 0; }
     bool operator==(const PhotoIdentity& o) const
     {
-        return device == o.device && inode == o.inode && size == o.size && modifiedNs == o.modifiedNs
-            && changedNs == o.changedNs;
+        return inode == o.inode && size == o.size && modifiedNs == o.modifiedNs && changedNs == o.changedNs;
     }
     bool operator!=(const PhotoIdentity& o) const { return !(*this == o); }
 };
