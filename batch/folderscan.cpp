@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "batch/folderscan.h"
 
-#include "batch/photolist.h"
+#include "intake/imagetypes.h"
 
 #include <QFile>
 
@@ -30,8 +30,17 @@ bool scanPhotoEntries(const QString& folder, QList<FolderEntry>* entries, int* e
 
 bool looksLikePhotoName(const QByteArray& name)
 {
-    // The suffix is plain ASCII, so a name that is not UTF-8 still shows it.
-    return !name.startsWith('.') && isPhotoName(QString::fromUtf8(name));
+    // Looked at for every entry of a polled folder at every read: the
+    // suffix (plain ASCII, so a name that is not UTF-8 still shows it) is
+    // compared as bytes.
+    static const QList<QByteArray> suffixes = [] {
+        QList<QByteArray> out;
+        for (const QString& filter : kWatchedFolderNameFilters)
+            out << filter.mid(2).toLatin1(); // "*.jpg" -> "jpg"
+        return out;
+    }();
+    const qsizetype dot = name.lastIndexOf('.');
+    return !name.startsWith('.') && dot > 0 && suffixes.contains(name.mid(dot + 1).toLower());
 }
 
 bool qtCanAddress(const QByteArray& name)

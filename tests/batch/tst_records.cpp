@@ -2,8 +2,10 @@
 // The files plendra-batch trusts and writes on their own: whether a BMP or
 // TIFF is whole, the watch's journal (torn lines, rewriting, other shares'
 // journals), and the whole-or-nothing write with its short temporary names.
+#include "batch/folderscan.h"
 #include "batch/journal.h"
 #include "batch/photocheck.h"
+#include "batch/photolist.h"
 #include "keying/atomicfile.h"
 #include "tests/support/testsupport.h"
 
@@ -67,6 +69,19 @@ private slots:
         }
         QVERIFY(writeBytes(path, whole.left(whole.size() - 1)));
         QVERIFY(batch::cutShortReason(path).contains(QStringLiteral("cut short")));
+    }
+
+    // A polled folder's names are judged as bytes, as the listing's are.
+    void rawNamesAreJudgedAsTheListingJudgesThem()
+    {
+        for (const char* name : {"a.jpg", "B.JPEG", "c.Tif", "d.tiff", "e.bmp", "f.PNG", "g.xpm", "h.jpg.part", "i.txt",
+                                 "j", "k.", ".hidden.jpg", "l.m.png", "caf\xe9.jpg", "n.jpgx"}) {
+            const QByteArray raw(name);
+            QCOMPARE(batch::looksLikePhotoName(raw), !raw.startsWith('.') && batch::isPhotoName(QString::fromUtf8(raw)));
+        }
+        QVERIFY(!batch::qtCanAddress("caf\xe9.jpg"));
+        QVERIFY(batch::qtCanAddress("Gr\xc3\xb6\xc3\x9f" "e.jpg"));
+        QCOMPARE(batch::printableName("caf\xe9 \xc3\xa9t\xc3\xa9.jpg"), QStringLiteral("caf\\xe9 \u00e9t\u00e9.jpg"));
     }
 
     void journalKeepsWhatWasRecordedAndIgnoresATornLine()
