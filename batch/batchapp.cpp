@@ -2,12 +2,17 @@
 #include "batch/batchapp.h"
 
 #include "batch/batchrun.h"
+#include "batch/folderscan.h"
 #include "batch/hotfolderwatch.h"
+#include "batch/journal.h"
+#include "batch/leftovers.h"
 #include "batch/outputnaming.h"
 #include "batch/photocheck.h"
+#include "batch/photofile.h"
 #include "batch/photolist.h"
 #include "batch/report.h"
 #include "batch/stopsignals.h"
+#include "batch/watchrun.h"
 #include "keying/photoread.h"
 #include "output/outputfolder.h"
 
@@ -18,6 +23,8 @@
 #include <QThread>
 
 #include <cstdio>
+#include <cstdlib>
+#include <optional>
 
 namespace batch {
 
@@ -47,7 +54,6 @@ KeySettings keySettingsFor(const BatchOptions& o)
     s.quality = o.quality;
     s.transparent = o.transparent;
     s.measureShare = o.json;
-    s.skipWhenNewer = o.watch;
     return s;
 }
 
@@ -64,7 +70,10 @@ struct Prepared
 int prepare(const BatchOptions& o, Prepared& p)
 {
     if (!o.transparent) {
-        p.background = keying::readPhoto(o.background);
+        // A FIFO given as the background would hold the run for ever.
+        const QString notRegular = notRegularReason(o.background);
+        if (notRegular.isEmpty())
+            p.background = keying::readPhoto(o.background);
         if (p.background.isNull())
             return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
     }
@@ -77,6 +86,8 @@ int prepare(const BatchOptions& o, Prepared& p)
     for (const QString& folder : std::as_const(p.gathered.folders)) {
         if (o.watch && sameFolder(folder, p.output))
             return usageFailure(QStringLiteral("the output folder %1 is watched: its composites would be keyed again").arg(p.output));
+        if (!o.watch) // a watch names them as it sees them
+            p.gathered.problems << unaddressablePhotos(folder);
     }
     return 0;
 }
@@ -84,17 +95,35 @@ int prepare(const BatchOptions& o, Prepared& p)
 // Queues the photos named: all of this machine's share of a fixed run; with
 // a watch only the photos named one by one, since the folders' photos, old
 // and new, go through the watch, which waits until each is complete.
-void submitNamedPhotos(const BatchOptions& o, const GatheredPhotos& gathered, BatchRun& run)
+void submitNamedPhotos(const BatchOptions& o, const GatheredPhotos& gathered, BatchRun& run, Reporter& reporter)
 {
+    QStringList photos;
     if (!o.watch) {
-        for (const QString& photo : shareOf(gathered.photos, o.shard, o.shards))
-            run.submit(photo);
-        return;
+        photos = shareOf(gathered.photos, o.shard, o.shards);
+    } else {
+        for (const QString& photo : gathered.photos) {
+            if (o.inputs.contains(photo) && inShareByName(photo, o.shard, o.shards))
+                photos << photo;
+        }
     }
-    for (const QString& photo : gathered.photos) {
-        if (o.inputs.contains(photo) && inShareByName(photo, o.shard, o.shards))
-            run.submit(photo);
-    }
+    reporter.addToTotal(int(photos.size()));
+    for (const QString& photo : std::as_const(photos))
+        run.submit(photo);
+}
+
+// A first SIGINT or SIGTERM finishes the photos in flight; a second one ends
+// the run at once.
+void stopOnSignals(StopSignals& stops, bool& stopping, const std::function<void()>& stop)
+{
+    QObject::connect(&stops, &StopSignals::stopRequested, [&stopping, stop] {
+        if (stopping) {
+            std::fflush(stdout);
+            std::fputs("plendra-batch: stopped at once: the photos in flight are not keyed\n", stderr);
+            std::_Exit(1);
+        }
+        stopping = true;
+        stop();
+    });
 }
 
 } // namespace
@@ -104,34 +133,46 @@ int runBatch(const BatchOptions& o)
     Prepared p;
     if (const int failure = prepare(o, p))
         return failure;
+    if (const int removed = removeAbandonedTemporaries(p.output))
+        std::fprintf(stderr, "plendra-batch: removed %d temporary files a stopped run left in %s\n", removed, qUtf8Printable(p.output));
 
     Reporter reporter(reportStyleFor(o.json, o.watch), stdout, stderr);
     for (const QString& problem : std::as_const(p.gathered.problems))
         reporter.problem(problem);
 
-    BatchRun run(keySettingsFor(o), p.background, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), reporter);
+    BatchRun run(keySettingsFor(o), p.background, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), o.watch);
+    std::optional<Journal> journal;
+    std::optional<HotFolderWatch> watch;
+    std::optional<WatchRun> watchRun;
+    if (o.watch) {
+        const auto mine = [&o](const QString& photo) { return inShareByName(photo, o.shard, o.shards); };
+        journal.emplace(p.output, Journal::fileNameFor(o.shard, o.shards), mine);
+        QString why;
+        if (!journal->open(&why))
+            return usageFailure(why);
+        watch.emplace(p.gathered.folders, o.settleMs, o.poll, mine);
+        watchRun.emplace(*watch, run, *journal, reporter, p.output);
+    } else {
+        QObject::connect(&run, &BatchRun::photoFinished, [&reporter](const PhotoResult& r) { reporter.photoDone(r); });
+    }
     StopSignals stops;
     bool stopping = false;
     QObject::connect(&run, &BatchRun::idle, [&] {
         if (!o.watch || stopping)
             QCoreApplication::quit();
     });
-    HotFolderWatch watch(p.gathered.folders, o.settleMs,
-                         [&](const QString& photo) { return inShareByName(photo, o.shard, o.shards); });
-    QObject::connect(&watch, &HotFolderWatch::photoReady, &run, &BatchRun::submit);
-    QObject::connect(&watch, &HotFolderWatch::photoWaiting, [](const QString& photo, const QString& why) {
-        std::fprintf(stderr, "plendra-batch: %s: waiting: %s\n", qUtf8Printable(photo), qUtf8Printable(why));
-    });
-    QObject::connect(&stops, &StopSignals::stopRequested, [&] {
-        stopping = true;
-        watch.stop();
+    stopOnSignals(stops, stopping, [&] {
+        if (watch) {
+            watch->stop();
+            watchRun->stop();
+        }
         run.stop();
         run.reportWhenIdle();
     });
 
-    submitNamedPhotos(o, p.gathered, run);
-    if (o.watch)
-        watch.start();
+    submitNamedPhotos(o, p.gathered, run, reporter);
+    if (watchRun)
+        watchRun->start();
     else
         run.reportWhenIdle();
     QCoreApplication::exec();

@@ -65,6 +65,7 @@ QString readOptions(const QCommandLineParser& p, BatchOptions& o)
     o.transparent = p.isSet(QStringLiteral("transparent"));
     o.watch = p.isSet(QStringLiteral("watch"));
     o.json = p.isSet(QStringLiteral("json"));
+    o.poll = p.isSet(QStringLiteral("poll"));
     o.inputs = p.positionalArguments();
     if (p.isSet(QStringLiteral("key-point")) == p.isSet(QStringLiteral("key-colour")))
         return QStringLiteral("give either -k X,Y or -c '#RRGGBB'");

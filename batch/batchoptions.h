@@ -29,7 +29,8 @@ struct BatchOptions
     int shard = 1;                  // take share `shard` of `shards`
     int shards = 1;
     bool json = false;
-    int settleMs = 1000;            // how long a watched photo must stay unchanged
+    int settleMs = 1000;            // how long a polled photo must stay unchanged
+    bool poll = false;              // poll the watched folders even where events arrive
     QStringList inputs;             // photos and folders, as given
 };
 

@@ -2,17 +2,18 @@
 #include "batch/batchrun.h"
 
 #include "batch/outputnaming.h"
+#include "batch/watchjob.h"
 
 #include <QFileInfo>
 
 namespace batch {
 
 BatchRun::BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs,
-                   Reporter& reporter, QObject* parent)
+                   bool watching, QObject* parent)
     : QObject(parent)
     , m_settings(settings)
     , m_outputFolder(outputFolder)
-    , m_reporter(reporter)
+    , m_watching(watching)
     , m_fits(std::move(background))
 {
     m_pool.setMaxThreadCount(jobs);
@@ -24,7 +25,7 @@ BatchRun::~BatchRun()
     m_pool.waitForDone();
 }
 
-void BatchRun::submit(const QString& photo)
+void BatchRun::submit(const QString& photo, const QByteArray& keyedHash)
 {
     const QString output = outputPathFor(m_outputFolder, photo, m_settings.format);
     PhotoResult refused;
@@ -37,21 +38,21 @@ void BatchRun::submit(const QString& photo)
     } else if (!owner.isEmpty() && QFileInfo(owner) != QFileInfo(photo)) {
         refused.error = QStringLiteral("refused: %1 is already written from %2").arg(output, owner);
     }
-    m_reporter.addToTotal(1);
     if (!refused.error.isEmpty()) {
-        m_reporter.photoDone(refused);
+        emit photoFinished(refused);
         return;
     }
     m_claimed.insert(output, photo);
     ++m_pending;
-    m_pool.start([this, photo, output] {
+    m_pool.start([this, photo, output, keyedHash] {
         if (m_stopping.load()) {
             PhotoResult none;
             none.photo = photo;
             QMetaObject::invokeMethod(this, [this, none] { finished(none, true); }, Qt::QueuedConnection);
             return;
         }
-        const PhotoResult r = keyPhoto(m_settings, m_fits, photo, output);
+        const PhotoResult r = m_watching ? keyWatchedPhoto(m_settings, m_fits, photo, output, keyedHash)
+                                         : keyPhoto(m_settings, m_fits, photo, output);
         QMetaObject::invokeMethod(this, [this, r] { finished(r, false); }, Qt::QueuedConnection);
     });
 }
@@ -74,7 +75,7 @@ void BatchRun::finished(const PhotoResult& result, bool cancelled)
     if (cancelled)
         ++m_cancelled;
     else
-        m_reporter.photoDone(result);
+        emit photoFinished(result);
     if (m_pending == 0 && m_idleWanted)
         emit idle();
 }

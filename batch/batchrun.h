@@ -7,7 +7,6 @@
 
 #include "batch/backgroundfits.h"
 #include "batch/keyjob.h"
-#include "batch/report.h"
 
 #include <QHash>
 #include <QObject>
@@ -22,13 +21,16 @@ class BatchRun : public QObject
     Q_OBJECT
 
 public:
-    BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs,
-             Reporter& reporter, QObject* parent = nullptr);
+    // `watching`: photos come from a watch, which records what it keyed.
+    BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs, bool watching,
+             QObject* parent = nullptr);
     ~BatchRun() override;
 
     // Queues a photo; it is refused at once when its output would replace a
-    // photo or another photo of the run already writes that name.
-    void submit(const QString& photo);
+    // photo or another photo of the run already writes that name. A watch
+    // gives the content digest recorded for the photo, if any
+    // (keyWatchedPhoto).
+    void submit(const QString& photo, const QByteArray& keyedHash = {});
     // No queued photo starts any more; the ones being keyed are finished.
     void stop();
     // Emits idle() (later, from the event loop) once no photo is queued or
@@ -39,13 +41,15 @@ public:
 
 signals:
     void idle();
+    // Each photo's outcome, refusals included, on the run's thread.
+    void photoFinished(const batch::PhotoResult& result);
 
 private:
     void finished(const PhotoResult& result, bool cancelled);
 
     const KeySettings m_settings;
     const QString m_outputFolder;
-    Reporter& m_reporter;
+    const bool m_watching;
     BackgroundFits m_fits;
     QHash<QString, QString> m_claimed; // output path -> the photo writing it
     int m_pending = 0;

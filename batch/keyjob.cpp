@@ -15,12 +15,6 @@ namespace batch {
 
 namespace {
 
-bool outputIsNewer(const QString& outputPath, const QString& photoPath)
-{
-    const QFileInfo output(outputPath);
-    return output.exists() && output.lastModified() >= QFileInfo(photoPath).lastModified();
-}
-
 // The image to write: the composite in the form the window saves it, or the
 // cut-out.
 QImage keyedImage(const KeySettings& settings, BackgroundFits& fits, QImage photo, QRgb key)
@@ -51,6 +45,12 @@ QString writeError(const QString& outputPath, const QString& why, const QImage& 
 PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QString& photoPath,
                      const QString& outputPath)
 {
+    return keyPhoto(settings, fits, readPhotoFile(photoPath), photoPath, outputPath);
+}
+
+PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const PhotoFile& file,
+                     const QString& photoPath, const QString& outputPath)
+{
     QElapsedTimer clock;
     clock.start();
     PhotoResult r;
@@ -62,22 +62,19 @@ PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QS
         return r;
     };
 
-    if (settings.skipWhenNewer && outputIsNewer(outputPath, photoPath)) {
-        r.skipped = true;
-        return finish(QString());
-    }
-    const QString cutShort = cutShortReason(photoPath);
+    r.identity = file.identity;
+    if (!file.error.isEmpty())
+        return finish(file.error);
+    const QString cutShort = cutShortReason(file.bytes);
     if (!cutShort.isEmpty())
         return finish(cutShort);
     // Each worker thread decodes photo after photo into the memory of the
     // composite it wrote last, which its thread keeps until it ends.
     thread_local QImage decodeBuffer;
     QImage photo = std::exchange(decodeBuffer, QImage());
-    keying::readPhotoAsKeyed(photoPath, 0, photo);
-    if (photo.isNull() && !QFileInfo::exists(photoPath))
-        return finish(QStringLiteral("the photo is gone (deleted or moved after it was listed)"));
+    keying::readPhotoAsKeyed(file.bytes, 0, photo);
     if (photo.isNull())
-        return finish(unreadableReason(photoPath));
+        return finish(unreadableReason(file.bytes));
     if (settings.keyPoint && !photo.rect().contains(*settings.keyPoint)) {
         return finish(QStringLiteral("the key point %1,%2 lies outside the %3 x %4 photo")
                           .arg(settings.keyPoint->x()).arg(settings.keyPoint->y())
@@ -91,9 +88,11 @@ PhotoResult keyPhoto(const KeySettings& settings, BackgroundFits& fits, const QS
     QImage keyed = keyedImage(settings, fits, std::move(photo), key);
     const QByteArray format = settings.format.isEmpty() ? keying::formatForName(outputPath) : settings.format;
     const int quality = (format == "jpg" || format == "jpeg") ? settings.quality : -1;
-    QString why;
-    if (!keying::saveImageFile(keyed, outputPath, format, quality, &why))
-        r.error = writeError(outputPath, why, keyed);
+    keying::SaveFailure failure;
+    if (!keying::saveImageFile(keyed, outputPath, format, quality, &failure)) {
+        r.error = writeError(outputPath, failure.why, keyed);
+        r.outputSide = failure.writing;
+    }
     decodeBuffer = std::move(keyed);
     return finish(r.error);
 }

@@ -78,11 +78,22 @@ const QList<OptionEntry>& optionTable()
               "write a PNG whose backdrop is transparent instead of a composite (no -b needed)"),
         entry({"w", "watch"}, {},
               "after the photos given, keep keying every new photo that arrives in the FOLDERs",
-              "Each photo is keyed once, and only when it is complete. "
-              "A photo whose composite exists and is newer is not keyed again. "
+              "A photo is keyed as soon as it is closed after writing (or moved in) and whole; "
+              "where the system sends no change events (network and FUSE file systems) the folders are "
+              "looked at every so often and a photo is keyed once it has stayed unchanged for the settle time. "
+              "What was keyed is recorded in a journal in the output folder (.plendra-journal): "
+              "a photo is keyed again only when the file itself changed (another file under its name, "
+              "or other content), never by comparing file times, and never because the run's settings changed. "
+              "A composite that cannot be written (a full disk, a removed output folder) is tried again, "
+              "at growing intervals up to a minute, until it is; the output folder is made again when it is gone. "
+              "A photo cut short or unreadable is tried again when it changes. "
               "SIGINT and SIGTERM finish the photos in flight and end with status 0."),
         entry({"settle"}, "MS",
-              "with --watch, how long a new photo must stay unchanged before it is keyed (default 1000)"),
+              "with --watch, how long a photo must stay unchanged to count as written where no close is seen (default 1000)"),
+        entry({"poll"}, {},
+              "with --watch, look at the folders every so often instead of waiting for change events",
+              "For a network share that the watch does not recognise as one: "
+              "NFS, SMB/CIFS, 9p, AFS, Ceph and FUSE file systems are polled anyway."),
         entry({"j", "jobs"}, "N", "photos keyed at once (default: the machine's cores)"),
         entry({"shard"}, "K/N", "take only the K-th of N equal shares of the photos (for several machines)"),
         entry({"json"}, {},

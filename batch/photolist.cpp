@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "batch/photolist.h"
 
+#include "batch/folderscan.h"
 #include "intake/imagetypes.h"
 
 #include <QDir>
@@ -23,7 +24,9 @@ bool isPhotoName(const QString& name)
 QStringList photosOfFolder(const QString& folder)
 {
     QDir dir(folder);
-    dir.setFilter(QDir::Files);
+    // FIFOs, sockets and devices named like photos are listed too, so that
+    // each is named with the reason it is not read.
+    dir.setFilter(QDir::Files | QDir::System);
     dir.setNameFilters(kWatchedFolderNameFilters); // case-insensitive by default
     QStringList names = dir.entryList();
     std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
@@ -34,6 +37,18 @@ QStringList photosOfFolder(const QString& folder)
     for (const QString& name : names)
         paths << dir.filePath(name);
     return paths;
+}
+
+QStringList unaddressablePhotos(const QString& folder)
+{
+    QStringList problems;
+    QList<FolderEntry> entries;
+    scanPhotoEntries(folder, &entries);
+    for (const FolderEntry& e : std::as_const(entries)) {
+        if (!qtCanAddress(e.name))
+            problems << unaddressableProblem(folder, e.name);
+    }
+    return problems;
 }
 
 GatheredPhotos gatherPhotos(const QStringList& inputs)

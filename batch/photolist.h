@@ -14,9 +14,13 @@ namespace batch {
 bool isPhotoName(const QString& name);
 
 // The photos directly inside `folder` (sub-folders are not entered, hidden
-// files not listed), as full paths in a stable order: by name ignoring letter
+// files not listed; FIFOs and the like named as photos are, to be refused
+// by name), as full paths in a stable order: by name ignoring letter
 // case, ties broken by exact name.
 QStringList photosOfFolder(const QString& folder);
+
+// A line for each photo of `folder` whose name Qt cannot open (not UTF-8).
+QStringList unaddressablePhotos(const QString& folder);
 
 struct GatheredPhotos
 {

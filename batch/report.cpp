@@ -30,9 +30,9 @@ ReportStyle reportStyleFor(bool json, bool watch)
     return (!watch && ::isatty(STDERR_FILENO)) ? ReportStyle::Progress : ReportStyle::Lines;
 }
 
-QByteArray jsonLine(const PhotoResult& r)
+QByteArray jsonLine(const PhotoResult& r, const QJsonObject& extra)
 {
-    QJsonObject o;
+    QJsonObject o = extra;
     o.insert(QStringLiteral("name"), QFileInfo(r.photo).fileName());
     o.insert(QStringLiteral("photo"), r.photo);
     o.insert(QStringLiteral("output"), r.error.isEmpty() ? QJsonValue(r.output) : QJsonValue());
@@ -69,7 +69,7 @@ void Reporter::photoDone(const PhotoResult& r)
         std::fprintf(m_out, "%s\n", jsonLine(r).constData());
     } else if (m_style == ReportStyle::Lines && r.error.isEmpty()) {
         if (r.skipped)
-            std::fprintf(m_out, "skipped %s: %s is newer\n", qUtf8Printable(r.photo), qUtf8Printable(r.output));
+            std::fprintf(m_out, "skipped %s: already keyed (%s)\n", qUtf8Printable(r.photo), qUtf8Printable(r.output));
         else
             std::fprintf(m_out, "keyed %s -> %s (%lld ms)\n", qUtf8Printable(r.photo), qUtf8Printable(r.output),
                          static_cast<long long>(r.ms));
@@ -85,6 +85,48 @@ void Reporter::problem(const QString& text)
     ++m_failed;
     std::fprintf(m_err, "plendra-batch: %s\n", qUtf8Printable(text));
     std::fflush(m_err);
+}
+
+void Reporter::waiting(const QString& photo, const QString& reason)
+{
+    std::fprintf(m_err, "plendra-batch: %s: waiting: %s\n", qUtf8Printable(photo), qUtf8Printable(reason));
+    std::fflush(m_err);
+}
+
+void Reporter::retrying(const PhotoResult& r, int attempt, qint64 waitMs)
+{
+    std::fprintf(m_err, "plendra-batch: %s: %s; trying again in %lld s (try %d failed)\n", qUtf8Printable(r.photo),
+                 qUtf8Printable(r.error), static_cast<long long>((waitMs + 999) / 1000), attempt);
+    std::fflush(m_err);
+    if (m_style == ReportStyle::Json) {
+        const QJsonObject extra{{QStringLiteral("attempt"), attempt}, {QStringLiteral("retryInMs"), waitMs}};
+        std::fprintf(m_out, "%s\n", jsonLine(r, extra).constData());
+        std::fflush(m_out);
+    }
+}
+
+void Reporter::recovered(const PhotoResult& r, int attempts)
+{
+    std::fprintf(m_err, "plendra-batch: %s: written on try %d: the output works again\n", qUtf8Printable(r.photo), attempts);
+    std::fflush(m_err);
+    if (m_style != ReportStyle::Json) {
+        photoDone(r);
+        return;
+    }
+    ++m_done;
+    std::fprintf(m_out, "%s\n", jsonLine(r, {{QStringLiteral("attempt"), attempts}}).constData());
+    std::fflush(m_out);
+}
+
+void Reporter::notice(const QString& text, const QString& event)
+{
+    std::fprintf(m_err, "plendra-batch: %s\n", qUtf8Printable(text));
+    std::fflush(m_err);
+    if (m_style == ReportStyle::Json) {
+        const QJsonObject o{{QStringLiteral("event"), event}, {QStringLiteral("text"), text}};
+        std::fprintf(m_out, "%s\n", QJsonDocument(o).toJson(QJsonDocument::Compact).constData());
+        std::fflush(m_out);
+    }
 }
 
 void Reporter::drawProgress()

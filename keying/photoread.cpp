@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "keying/photoread.h"
 
+#include <QBuffer>
 #include <QImageReader>
 
 #include <limits>
@@ -60,11 +61,8 @@ QImage pictureInLargePages(const QSize& size, QImage::Format format)
 #endif
 }
 
-} // namespace
-
-bool readPhotoInto(const QString& path, QImage& photo)
+bool readInto(QImageReader& reader, QImage& photo)
 {
-    QImageReader reader(path);
     const QByteArray kind = reader.format();
     // Both decoders write every pixel of the picture or report failure: a
     // JPEG cut short still gets all its rows (grey ones past the end), a PNG
@@ -86,6 +84,23 @@ bool readPhotoInto(const QString& path, QImage& photo)
         return false;
     }
     return true;
+}
+
+} // namespace
+
+bool readPhotoInto(const QString& path, QImage& photo)
+{
+    QImageReader reader(path);
+    return readInto(reader, photo);
+}
+
+bool readPhotoInto(const QByteArray& file, QImage& photo)
+{
+    QBuffer buffer;
+    buffer.setData(file);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    return readInto(reader, photo);
 }
 
 QImage readPhoto(const QString& path)

@@ -21,6 +21,10 @@ namespace keying {
 // shares. Returns whether the file was read. Safe on any thread.
 bool readPhotoInto(const QString& path, QImage& photo);
 
+// The same for a photo file already read into memory (format detected from
+// the contents), so that the bytes decoded are the bytes read once.
+bool readPhotoInto(const QByteArray& file, QImage& photo);
+
 // The picture in the file, as QImage(path) gives it, in fresh memory of the
 // kind readPhotoInto makes. Safe on any thread.
 QImage readPhoto(const QString& path);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "keying/pipeline.h"
 
+#include "keying/atomicfile.h"
 #include "keying/keymask.h"
 #include "keying/photoread.h"
 
 #include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
-#include <QSaveFile>
 #include <QTransform>
 
 namespace keying {
@@ -40,12 +40,27 @@ QImage photoAsKeyed(const QString& path, int degrees)
     return photo;
 }
 
-void readPhotoAsKeyed(const QString& path, int degrees, QImage& photo)
+namespace {
+
+void turnAsKeyed(int degrees, QImage& photo)
 {
-    readPhotoInto(path, photo);
     QTransform turn;
     turn.rotate(degrees);
     photo = photo.transformed(turn, Qt::FastTransformation);
+}
+
+} // namespace
+
+void readPhotoAsKeyed(const QString& path, int degrees, QImage& photo)
+{
+    readPhotoInto(path, photo);
+    turnAsKeyed(degrees, photo);
+}
+
+void readPhotoAsKeyed(const QByteArray& file, int degrees, QImage& photo)
+{
+    readPhotoInto(file, photo);
+    turnAsKeyed(degrees, photo);
 }
 
 QImage fittedBackground(const QImage& background, const QSize& photoSize)
@@ -97,10 +112,19 @@ QByteArray formatForName(const QString& path)
 
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality)
 {
-    return saveImageFile(image, path, format, quality, nullptr);
+    return saveImageFile(image, path, format, quality, static_cast<SaveFailure*>(nullptr));
 }
 
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, QString* whyNot)
+{
+    SaveFailure failure;
+    const bool saved = saveImageFile(image, path, format, quality, &failure);
+    if (!saved && whyNot)
+        *whyNot = failure.why;
+    return saved;
+}
+
+bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, SaveFailure* failure)
 {
     // The image is encoded in memory first: an encoder never meets a failing
     // disk half-way (some leave their buffers behind when they do), and the
@@ -111,28 +135,16 @@ bool saveImageFile(const QImage& image, const QString& path, const QByteArray& f
     QImageWriter writer(&buffer, format.isEmpty() ? formatForName(path) : format);
     writer.setQuality(quality);
     if (!writer.write(image)) {
-        if (whyNot)
-            *whyNot = writer.errorString();
-        return false;
-    }
-
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        if (whyNot)
-            *whyNot = file.errorString();
-        return false;
-    }
-    if (file.write(encoded) != encoded.size()) {
-        if (whyNot)
-            *whyNot = file.errorString();
-        file.cancelWriting();
+        if (failure)
+            *failure = SaveFailure{writer.errorString(), false, 0};
         return false;
     }
     // Only a complete file replaces the earlier one; a full disk or a lost
     // folder leaves it as it was, and no temporary file behind.
-    if (!file.commit()) {
-        if (whyNot)
-            *whyNot = file.errorString();
+    WriteFailure written;
+    if (!writeFileWhole(path, encoded, &written)) {
+        if (failure)
+            *failure = SaveFailure{written.why, true, written.systemError};
         return false;
     }
     return true;

@@ -24,6 +24,8 @@ QImage photoAsKeyed(const QString& path, int degrees);
 // same pixels (readPhotoInto): the window reads photo after photo into its
 // one foreground.
 void readPhotoAsKeyed(const QString& path, int degrees, QImage& photo);
+// The same for a photo file already read into memory.
+void readPhotoAsKeyed(const QByteArray& file, int degrees, QImage& photo);
 
 // The background stretched to exactly `photoSize`, aspect ratio ignored, fast
 // (unfiltered) scaling. Scaling to the size it already has changes nothing;
@@ -57,13 +59,26 @@ QByteArray formatForName(const QString& path);
 
 // Writes `image` to `path` in the format of the path's suffix (or `format`
 // when given) at `quality` (-1: the writer's default). The file is written
-// whole beside its target and then renamed onto it, so a failed save leaves
-// the earlier file, or none, and never part of one. False on failure.
+// whole beside its target under a short temporary name and then renamed onto
+// it (keying/atomicfile.h), so a failed save leaves the earlier file, or
+// none, and never part of one. False on failure.
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format = {}, int quality = -1);
 
 // The same save, telling why it failed in `whyNot` (the writer's or the
 // file's own words, as "No space left on device").
 bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, QString* whyNot);
+
+// Why a save failed: the image writer's words, or, when `writing`, the
+// file's (with the system's error number).
+struct SaveFailure
+{
+    QString why;
+    bool writing = false;
+    int systemError = 0;
+};
+
+// The same save, telling why it failed in `failure`.
+bool saveImageFile(const QImage& image, const QString& path, const QByteArray& format, int quality, SaveFailure* failure);
 
 // The composite as the file "Save Image" writes: its saved form, in the
 // format of the path's suffix, at the writer's default quality.

@@ -2,8 +2,11 @@
 #include "tests/batch/batchtooltest.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 
+#include <csignal>
 #include <unistd.h>
 
 namespace batchtest {
@@ -65,6 +68,101 @@ ToolRun runTool(const QStringList& arguments, bool withoutFileOverrides, int tim
 QStringList entriesOf(const QString& folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QStringList compositesIn(const QString& folder)
+{
+    QStringList names = entriesOf(folder);
+    names.removeIf([](const QString& name) { return name.startsWith(QStringLiteral(".plendra-journal")); });
+    return names;
+}
+
+RunningTool::RunningTool(const QStringList& arguments)
+{
+    m_process.start(toolPath(), arguments);
+}
+
+RunningTool::~RunningTool()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+}
+
+bool RunningTool::started()
+{
+    return m_process.waitForStarted(30000);
+}
+
+QStringList RunningTool::lines()
+{
+    m_out += m_process.readAllStandardOutput();
+    m_err += m_process.readAllStandardError();
+    return QString::fromUtf8(m_out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+QString RunningTool::errors()
+{
+    lines();
+    return QString::fromUtf8(m_err);
+}
+
+bool RunningTool::waitForLine(const QString& text, int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms) {
+        for (const QString& l : lines()) {
+            if (l.contains(text))
+                return true;
+        }
+        m_process.waitForReadyRead(100);
+    }
+    return false;
+}
+
+bool RunningTool::waitForError(const QString& text, int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms) {
+        if (errors().contains(text))
+            return true;
+        m_process.waitForReadyRead(100);
+    }
+    return false;
+}
+
+int RunningTool::count(const QString& text)
+{
+    int n = 0;
+    for (const QString& l : lines())
+        n += l.contains(text) ? 1 : 0;
+    return n;
+}
+
+int RunningTool::stop(int sig)
+{
+    ::kill(pid_t(m_process.processId()), sig);
+    if (!m_process.waitForFinished(30000) || m_process.exitStatus() != QProcess::NormalExit)
+        return -1;
+    lines();
+    return m_process.exitCode();
+}
+
+qint64 RunningTool::mainThreadWakeUps() const
+{
+    const qint64 pid = m_process.processId();
+    QFile status(QStringLiteral("/proc/%1/task/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    qint64 switches = 0;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("voluntary_ctxt_switches:") || line.startsWith("nonvoluntary_ctxt_switches:"))
+            switches += line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
+    }
+    return switches;
 }
 
 } // namespace batchtest

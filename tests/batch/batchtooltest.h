@@ -4,6 +4,7 @@
 // Runs the built plendra-batch as a child process, the way scripts run it.
 
 #include <QByteArray>
+#include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
@@ -33,5 +34,37 @@ ToolRun runTool(const QStringList& arguments, bool withoutFileOverrides = false,
 
 // Every entry of `folder`, hidden ones too, by name.
 QStringList entriesOf(const QString& folder);
+// The same without the watch's journals: the composites and anything else.
+QStringList compositesIn(const QString& folder);
+
+// The tool running as a child (a watch), its output gathered as it comes.
+class RunningTool
+{
+public:
+    explicit RunningTool(const QStringList& arguments);
+    ~RunningTool();
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+
+    bool started();
+    QStringList lines();
+    QString errors();
+    // Waits until some output line contains `text`.
+    bool waitForLine(const QString& text, int ms = 20000);
+    // Waits until standard error holds `text`.
+    bool waitForError(const QString& text, int ms = 20000);
+    // Output lines that contain `text`.
+    int count(const QString& text);
+    // Stops the tool with `sig`; its exit status, or -1 when it did not end.
+    int stop(int sig);
+    // How often the tool's main thread has woken up so far (its context
+    // switches); -1 when the system does not tell.
+    qint64 mainThreadWakeUps() const;
+
+private:
+    QProcess m_process;
+    QByteArray m_out;
+    QByteArray m_err;
+};
 
 } // namespace batchtest

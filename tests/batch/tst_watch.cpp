@@ -1,115 +1,36 @@
 // SPDX-License-Identifier: MIT
-// plendra-batch --watch on real files: a photo written slowly, one written
-// under a temporary name and renamed, one deleted before it settles, a
-// restart over composites already made, and a stop by signal.
-#include "keying/pipeline.h"
+// plendra-batch --watch picking photos up on real files, with the kernel's
+// change events and with polling (the fallback for network shares, forced
+// with --poll): a photo closed is keyed without a settle wait, a photo
+// written slowly is keyed once when whole, temporary names are never keyed,
+// an idle watch does not wake up, names that are not UTF-8 are named once,
+// and two shares never key the same photo.
 #include "tests/batch/batchtooltest.h"
+#include "tests/batch/watchtest.h"
 #include "tests/support/testsupport.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace batchtest;
 
 namespace {
 
-const int kSettleMs = 400;
+const QStringList kEvents;
+const QStringList kPolling{QStringLiteral("--poll")};
 
-QByteArray jpegBytes(int w, int h, quint32 seed)
+void addModes()
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("p.jpg"));
-    if (!testsupport::writeImage(testsupport::studioShot(w, h, QColor(40, 180, 60), seed), path))
-        return QByteArray();
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    QTest::addColumn<QStringList>("mode");
+    QTest::newRow("events") << kEvents;
+    QTest::newRow("polling") << kPolling;
 }
-
-bool writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
-}
-
-// The watch running as a child; its output lines gathered as they come.
-class Watch
-{
-public:
-    Watch(const QStringList& args)
-    {
-        m_process.start(batchtest::toolPath(), args);
-    }
-    ~Watch()
-    {
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.kill();
-            m_process.waitForFinished();
-        }
-    }
-    bool started() { return m_process.waitForStarted(30000); }
-    QStringList lines()
-    {
-        m_out += m_process.readAllStandardOutput();
-        m_err += m_process.readAllStandardError();
-        return QString::fromUtf8(m_out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    }
-    QString errors()
-    {
-        lines();
-        return QString::fromUtf8(m_err);
-    }
-    // Waits until some output line contains `text`.
-    bool waitForLine(const QString& text, int ms = 20000)
-    {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < ms) {
-            for (const QString& l : lines())
-                if (l.contains(text))
-                    return true;
-            m_process.waitForReadyRead(100);
-        }
-        return false;
-    }
-    // Waits until standard error holds `text`.
-    bool waitForError(const QString& text, int ms = 20000)
-    {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < ms) {
-            if (errors().contains(text))
-                return true;
-            m_process.waitForReadyRead(100);
-        }
-        return false;
-    }
-    int count(const QString& text)
-    {
-        int n = 0;
-        for (const QString& l : lines())
-            n += l.contains(text) ? 1 : 0;
-        return n;
-    }
-    // Stops the watch with `sig`; its exit status, or -1 when it did not end.
-    int stop(int sig)
-    {
-        ::kill(pid_t(m_process.processId()), sig);
-        if (!m_process.waitForFinished(30000) || m_process.exitStatus() != QProcess::NormalExit)
-            return -1;
-        lines();
-        return m_process.exitCode();
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_out;
-    QByteArray m_err;
-};
 
 } // namespace
 
@@ -118,47 +39,37 @@ class TestWatch : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString m_background;
-    int m_round = 0;
-
-    QString folder(const QString& name)
-    {
-        const QString path = m_dir.filePath(QStringLiteral("%1-%2").arg(name).arg(++m_round));
-        return QDir().mkpath(path) ? path : QString();
-    }
-
-    QStringList watchArgs(const QString& in, const QString& out) const
-    {
-        return {QStringLiteral("--watch"), QStringLiteral("--settle"), QString::number(kSettleMs), QStringLiteral("-b"),
-                m_background, QStringLiteral("-k"), QStringLiteral("4,4"), QStringLiteral("-o"), out, in};
-    }
-
-    // What the window's pipeline writes for the complete photo file, read back.
-    QImage expectedComposite(const QString& photo)
-    {
-        const QImage p = keying::photoAsKeyed(photo, 0);
-        const QString saved = m_dir.filePath(QStringLiteral("expected-") + QFileInfo(photo).fileName());
-        if (!keying::saveComposite(keying::composite(p, keying::fittedBackground(QImage(m_background), p.size()), QPoint(4, 4)), saved))
-            return QImage();
-        return QImage(saved);
-    }
+    WatchSetup m_setup;
 
 private slots:
-    void initTestCase()
+    void initTestCase() { QVERIFY(m_setup.isValid()); }
+
+    // Closed and whole: keyed at once, though the settle time is a minute.
+    void closedPhotoIsKeyedWithoutWaitingToSettle()
     {
-        QVERIFY(m_dir.isValid());
-        m_background = m_dir.filePath(QStringLiteral("bg.png"));
-        QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(120, 80, 3), m_background));
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        QStringList args = m_setup.watchArgs(in, out);
+        args[args.indexOf(QStringLiteral("--settle")) + 1] = QStringLiteral("60000");
+        RunningTool watch(args);
+        QVERIFY(watch.started());
+        QThread::msleep(300); // the watch is listening
+        const QString photo = in + QStringLiteral("/guest.jpg");
+        QVERIFY(writeAll(photo, jpegBytes(320, 240, 21)));
+        QVERIFY2(watch.waitForLine(QStringLiteral("keyed ") + photo, 30000), qPrintable(watch.errors()));
+        QCOMPARE(QImage(out + QStringLiteral("/guest.jpg")), m_setup.expectedComposite(photo));
+        QCOMPARE(watch.stop(SIGINT), 0);
     }
 
-    // Written in pieces with pauses longer than the settle time: the JPEG's
-    // missing end keeps it waiting; it is keyed once, whole, after the end.
+    // Written in pieces, held open, with pauses longer than the settle time:
+    // the JPEG's missing end keeps it waiting; it is keyed once, whole.
+    void slowWriterIsKeyedOnceWhenComplete_data() { addModes(); }
     void slowWriterIsKeyedOnceWhenComplete()
     {
-        const QString in = folder(QStringLiteral("in"));
-        const QString out = folder(QStringLiteral("out"));
-        Watch watch(watchArgs(in, out));
+        QFETCH(QStringList, mode);
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool watch(m_setup.watchArgs(in, out, mode));
         QVERIFY(watch.started());
         const QByteArray bytes = jpegBytes(320, 240, 11);
         QVERIFY(bytes.size() > 4000);
@@ -166,85 +77,137 @@ private slots:
         QFile f(photo);
         QVERIFY(f.open(QIODevice::WriteOnly));
         const int piece = bytes.size() / 4;
+        const int settle = WatchSetup::kSettleMs;
         for (int i = 0; i < 3; ++i) {
             QVERIFY(f.write(bytes.mid(i * piece, piece)) == piece);
             f.flush();
-            QThread::msleep(i == 1 ? kSettleMs * 2 : kSettleMs / 3);
+            QThread::msleep(i == 1 ? settle * 2 : settle / 3);
             QVERIFY2(!QFileInfo::exists(out + QStringLiteral("/slow.jpg")), "keyed while still being written");
         }
-        QVERIFY(watch.waitForError(QStringLiteral("slow.jpg: waiting: the JPEG is cut short"), 2000));
+        QVERIFY(watch.waitForError(QStringLiteral("slow.jpg: waiting: the JPEG is cut short"), 2000 + settle));
         QVERIFY(f.write(bytes.mid(3 * piece)) == bytes.size() - 3 * piece);
         f.close();
         QVERIFY(watch.waitForLine(QStringLiteral("keyed ") + photo));
-        QCOMPARE(QImage(out + QStringLiteral("/slow.jpg")), expectedComposite(photo));
-        QThread::msleep(kSettleMs * 2);
+        QCOMPARE(QImage(out + QStringLiteral("/slow.jpg")), m_setup.expectedComposite(photo));
+        QThread::msleep(settle * 2);
         QCOMPARE(watch.count(QStringLiteral("slow.jpg")), 1);
         QCOMPARE(watch.stop(SIGINT), 0);
     }
 
     // A camera tool's temporary names are never keyed; the final name is.
+    void renamedPhotoIsKeyedUnderItsFinalName_data() { addModes(); }
     void renamedPhotoIsKeyedUnderItsFinalName()
     {
-        const QString in = folder(QStringLiteral("in"));
-        const QString out = folder(QStringLiteral("out"));
-        Watch watch(watchArgs(in, out));
+        QFETCH(QStringList, mode);
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool watch(m_setup.watchArgs(in, out, mode));
         QVERIFY(watch.started());
         const QByteArray bytes = jpegBytes(200, 150, 12);
         QVERIFY(writeAll(in + QStringLiteral("/.shot.jpg.tmp"), bytes));
         QVERIFY(writeAll(in + QStringLiteral("/shot2.jpg.part"), bytes));
-        QThread::msleep(kSettleMs * 2);
-        QCOMPARE(batchtest::entriesOf(out), QStringList());
+        QThread::msleep(WatchSetup::kSettleMs * 2);
+        QCOMPARE(compositesIn(out), QStringList());
         QVERIFY(QFile::rename(in + QStringLiteral("/.shot.jpg.tmp"), in + QStringLiteral("/shot.jpg")));
         QVERIFY(QFile::rename(in + QStringLiteral("/shot2.jpg.part"), in + QStringLiteral("/shot2.jpg")));
         QVERIFY(watch.waitForLine(QStringLiteral("shot.jpg ->")));
         QVERIFY(watch.waitForLine(QStringLiteral("shot2.jpg ->")));
-        QCOMPARE(batchtest::entriesOf(out), QStringList({QStringLiteral("shot.jpg"), QStringLiteral("shot2.jpg")}));
+        QCOMPARE(compositesIn(out), QStringList({QStringLiteral("shot.jpg"), QStringLiteral("shot2.jpg")}));
         QCOMPARE(watch.stop(SIGTERM), 0);
     }
 
-    // Deleted before it settled: never keyed, nothing reported, nothing left.
-    void photoDeletedBeforeItSettlesIsForgotten()
+    // Polled: deleted before it settled, never keyed, nothing reported.
+    // (With events a photo closed whole is keyed at once, before any delete.)
+    void polledPhotoDeletedBeforeItSettlesIsForgotten()
     {
-        const QString in = folder(QStringLiteral("in"));
-        const QString out = folder(QStringLiteral("out"));
-        Watch watch(watchArgs(in, out));
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool watch(m_setup.watchArgs(in, out, kPolling));
         QVERIFY(watch.started());
+        // Past the start, which takes the photos already there at once.
+        QVERIFY(writeAll(in + QStringLiteral("/first.jpg"), jpegBytes(100, 80, 12)));
+        QVERIFY(watch.waitForLine(QStringLiteral("first.jpg ->")));
         QVERIFY(writeAll(in + QStringLiteral("/brief.jpg"), jpegBytes(100, 80, 13)));
-        QThread::msleep(kSettleMs / 4);
+        QThread::msleep(WatchSetup::kSettleMs / 4);
         QVERIFY(QFile::remove(in + QStringLiteral("/brief.jpg")));
         QVERIFY(writeAll(in + QStringLiteral("/kept.jpg"), jpegBytes(100, 80, 14)));
         QVERIFY(watch.waitForLine(QStringLiteral("kept.jpg ->")));
-        QThread::msleep(kSettleMs);
-        QCOMPARE(batchtest::entriesOf(out), QStringList{QStringLiteral("kept.jpg")});
+        QThread::msleep(WatchSetup::kSettleMs);
+        QCOMPARE(compositesIn(out), QStringList({QStringLiteral("first.jpg"), QStringLiteral("kept.jpg")}));
         QVERIFY2(!watch.errors().contains(QStringLiteral("brief.jpg")), qPrintable(watch.errors()));
         QCOMPARE(watch.stop(SIGINT), 0);
     }
 
-    // A restarted watch leaves photos whose composites are newer and keys
-    // only what is new or changed since.
-    void restartResumesWithoutDuplicates()
+    // 150 photos keyed, nothing arriving: the watch's main thread
+    // sleeps until the kernel has something to say (no timer, no listing).
+    void idleWatchDoesNotWakeUp()
     {
-        const QString in = folder(QStringLiteral("in"));
-        const QString out = folder(QStringLiteral("out"));
-        QVERIFY(writeAll(in + QStringLiteral("/one.jpg"), jpegBytes(120, 90, 15)));
-        QVERIFY(writeAll(in + QStringLiteral("/two.jpg"), jpegBytes(120, 90, 16)));
-        {
-            Watch first(watchArgs(in, out));
-            QVERIFY(first.started());
-            QVERIFY(first.waitForLine(QStringLiteral("one.jpg ->")));
-            QVERIFY(first.waitForLine(QStringLiteral("two.jpg ->")));
-            QCOMPARE(first.stop(SIGTERM), 0);
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        const QByteArray bytes = jpegBytes(48, 32, 15);
+        for (int i = 0; i < 150; ++i)
+            QVERIFY(writeAll(in + QStringLiteral("/p%1.jpg").arg(i, 3, 10, QLatin1Char('0')), bytes));
+        RunningTool watch(m_setup.watchArgs(in, out) << QStringLiteral("-j") << QStringLiteral("1"));
+        QVERIFY(watch.started());
+        for (int waited = 0; watch.count(QStringLiteral(" -> ")) < 150 && waited < 600; ++waited)
+            watch.waitForLine(QStringLiteral("no such line"), 100);
+        QCOMPARE(watch.count(QStringLiteral(" -> ")), 150);
+        QThread::msleep(500); // the last journal lines
+        const qint64 before = watch.mainThreadWakeUps();
+        if (before < 0)
+            QSKIP("the system does not tell a thread's context switches");
+        QThread::msleep(2500);
+        const qint64 wakeUps = watch.mainThreadWakeUps() - before;
+        QVERIFY2(wakeUps <= 2, qPrintable(QStringLiteral("%1 wake-ups in 2.5 s of nothing").arg(wakeUps)));
+        QCOMPARE(watch.stop(SIGINT), 0);
+    }
+
+    // A name Qt cannot open is named once with the reason; the rest is keyed.
+    void nameThatIsNotUtf8IsToldOnce()
+    {
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool watch(m_setup.watchArgs(in, out));
+        QVERIFY(watch.started());
+        QThread::msleep(300);
+        const QByteArray raw = QFile::encodeName(in) + "/caf\xe9-shot.jpg"; // Latin-1, as an old camera tool names it
+        const QByteArray bytes = jpegBytes(100, 80, 16);
+        for (int i = 0; i < 2; ++i) {
+            const int fd = ::open(raw.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            QVERIFY(fd >= 0);
+            QCOMPARE(::write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+            ::close(fd);
         }
-        const QDateTime madeAt = QFileInfo(out + QStringLiteral("/one.jpg")).lastModified();
-        QThread::msleep(20);
-        Watch second(watchArgs(in, out));
-        QVERIFY(second.started());
-        QVERIFY(second.waitForLine(QStringLiteral("skipped ") + in + QStringLiteral("/one.jpg")));
-        QVERIFY(second.waitForLine(QStringLiteral("skipped ") + in + QStringLiteral("/two.jpg")));
-        QVERIFY(writeAll(in + QStringLiteral("/three.jpg"), jpegBytes(120, 90, 17)));
-        QVERIFY(second.waitForLine(QStringLiteral("three.jpg ->")));
-        QCOMPARE(second.count(QStringLiteral("keyed ")), 1);
-        QCOMPARE(QFileInfo(out + QStringLiteral("/one.jpg")).lastModified(), madeAt);
+        QVERIFY(writeAll(in + QStringLiteral("/plain.jpg"), bytes));
+        QVERIFY(watch.waitForLine(QStringLiteral("plain.jpg ->")));
+        QVERIFY(watch.waitForError(QStringLiteral("caf\\xe9-shot.jpg: not keyed: its name is not valid UTF-8")));
+        QThread::msleep(WatchSetup::kSettleMs);
+        QVERIFY2(watch.errors().count(QStringLiteral("caf\\xe9-shot.jpg")) == 1, qPrintable(watch.errors()));
+        QCOMPARE(watch.stop(SIGINT), 0);
+    }
+
+    // Two machines' shares of one hot folder: each photo keyed exactly once.
+    void twoSharesNeverKeyTheSamePhoto()
+    {
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool first(m_setup.watchArgs(in, out, {QStringLiteral("--shard"), QStringLiteral("1/2")}));
+        RunningTool second(m_setup.watchArgs(in, out, {QStringLiteral("--shard"), QStringLiteral("2/2")}));
+        QVERIFY(first.started() && second.started());
+        QThread::msleep(300);
+        const QByteArray bytes = jpegBytes(64, 48, 17);
+        for (int i = 0; i < 10; ++i)
+            QVERIFY(writeAll(in + QStringLiteral("/s%1.jpg").arg(i), bytes));
+        const auto keyed = [&] { return first.count(QStringLiteral(" -> ")) + second.count(QStringLiteral(" -> ")); };
+        for (int waited = 0; keyed() < 10 && waited < 300; ++waited) {
+            first.waitForLine(QStringLiteral("no such line"), 50);
+            second.waitForLine(QStringLiteral("no such line"), 50);
+        }
+        QThread::msleep(WatchSetup::kSettleMs);
+        QCOMPARE(keyed(), 10);
+        QVERIFY(first.count(QStringLiteral(" -> ")) > 0 && second.count(QStringLiteral(" -> ")) > 0);
+        QCOMPARE(compositesIn(out).size(), 10);
+        QCOMPARE(first.stop(SIGINT), 0);
         QCOMPARE(second.stop(SIGINT), 0);
     }
 
@@ -252,8 +215,8 @@ private slots:
     // back as new photos.
     void watchingTheOutputFolderIsRefused()
     {
-        const QString in = folder(QStringLiteral("in"));
-        const batchtest::ToolRun run = batchtest::runTool(watchArgs(in, in));
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const batchtest::ToolRun run = batchtest::runTool(m_setup.watchArgs(in, in));
         QCOMPARE(run.exitCode, 2);
         QVERIFY(run.errorLines().value(0).contains(QStringLiteral("is watched")));
     }
