@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/batch/batchtooltest.h"
 
+#include "tests/support/testsupport.h"
+
 #include <QDir>
 #include <QProcess>
+#include <QTest>
 
 #include <unistd.h>
 
@@ -19,6 +22,19 @@ QStringList linesOf(const QByteArray& text)
 }
 
 } // namespace
+
+QString ToolTestCase::folder(const QString& name)
+{
+    const QString path = m_dir.filePath(QStringLiteral("%1-%2").arg(name).arg(++m_round));
+    return QDir().mkpath(path) ? path : QString();
+}
+
+void ToolTestCase::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_background = m_dir.filePath(QStringLiteral("background.png"));
+    QVERIFY(testsupport::writeImage(background(), m_background));
+}
 
 QString toolPath()
 {

@@ -113,21 +113,11 @@ private:
 
 } // namespace
 
-class TestWatch : public QObject
+class TestWatch : public batchtest::ToolTestCase
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString m_background;
-    int m_round = 0;
-
-    QString folder(const QString& name)
-    {
-        const QString path = m_dir.filePath(QStringLiteral("%1-%2").arg(name).arg(++m_round));
-        return QDir().mkpath(path) ? path : QString();
-    }
-
     QStringList watchArgs(const QString& in, const QString& out) const
     {
         return {QStringLiteral("--watch"), QStringLiteral("--settle"), QString::number(kSettleMs), QStringLiteral("-b"),
@@ -144,14 +134,9 @@ private:
         return QImage(saved);
     }
 
-private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        m_background = m_dir.filePath(QStringLiteral("bg.png"));
-        QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(120, 80, 3), m_background));
-    }
+    QImage background() const override { return testsupport::backgroundPicture(120, 80, 3); }
 
+private slots:
     // Written in pieces with pauses longer than the settle time: the JPEG's
     // missing end keeps it waiting; it is keyed once, whole, after the end.
     void slowWriterIsKeyedOnceWhenComplete()
