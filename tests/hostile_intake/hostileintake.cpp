@@ -2,6 +2,7 @@
 #include "tests/hostile_intake/hostileintake.h"
 
 #include "mainwindow/dialog.h"
+#include "state/globals.h"
 #include "tests/fixture/windowfixture.h"
 
 #include <QDir>
@@ -97,6 +98,14 @@ void checkPhotoShown(Dialog& d, const QImage& photo)
     QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
 }
 
+void checkPhotoChosen(Dialog& d, const QString& path)
+{
+    QCOMPARE(MyGlobal::CurSelection, path);
+    const QImage photo(path);
+    checkPhotoShown(d, photo);
+    QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+}
+
 const QList<testsupport::HostileEntry>& corpusEntries()
 {
     return masterCorpus();
@@ -175,6 +184,13 @@ testsupport::ChildRun HostileCase::runChild(const QString& name, const QString& 
     if (!secondPath.isEmpty())
         env.insert(QLatin1String(kSecondPathVariable), secondPath);
     return testsupport::runChildScenario(name, env);
+}
+
+void checkStoppedAtRefresh(const testsupport::ChildRun& run, const QStringList& reports)
+{
+    const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
+    QVERIFY2(why.isEmpty(), qPrintable(why));
+    QCOMPARE(childReports(run), reports);
 }
 
 testsupport::HostileEntry HostileIntakeTestCase::rowEntry() const

@@ -125,6 +125,9 @@ QImage fittedTo(const QImage& background, const QSize& size);
 // Checks that the window holds `photo` as its foreground and shows it in the
 // preview.
 void checkPhotoShown(Dialog& d, const QImage& photo);
+// Checks that the photo file `path` is chosen: the current selection, held and
+// shown as in checkPhotoShown, with the background fitted to its size.
+void checkPhotoChosen(Dialog& d, const QString& path);
 
 // The corpus as made once for this test program (empty when it could not be
 // made); each case works on its own copy.
@@ -151,6 +154,9 @@ QStringList childReports(const testsupport::ChildRun& run);
 // file and its own reports (so no sanitizer report);
 // otherwise what was wrong.
 QString stoppedOnlyBy(const testsupport::ChildRun& run, const QString& assertionPattern);
+// Checks that the child stopped as stoppedOnlyBy says, on the preview
+// refresh's assertion, after reporting exactly `reports`.
+void checkStoppedAtRefresh(const testsupport::ChildRun& run, const QStringList& reports);
 // Empty when the child ended normally with nothing but Qt's messages and its
 // own reports on standard error.
 QString endedCleanly(const testsupport::ChildRun& run);

@@ -102,6 +102,13 @@ QString readLog()
     return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
 }
 
+bool writeOlderAndNewer(const QString& older, const QString& newer)
+{
+    return testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), older)
+        && testsupport::writeImage(testsupport::studioShot(120, 90, QColor(40, 70, 200), 4), newer)
+        && setModified(older, minutesIn(0)) && setModified(newer, minutesIn(5));
+}
+
 int rowOf(const QListWidget* list, const QString& text)
 {
     return itemTexts(list).lastIndexOf(text);

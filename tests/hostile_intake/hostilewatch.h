@@ -26,6 +26,10 @@ QDateTime minutesIn(int minutes);
 // Sets the modification time of the file at `path`.
 bool setModified(const QString& path, const QDateTime& when);
 
+// Writes two photos five minutes apart: a green backdrop shot at `older`, a
+// blue one at `newer` (folders made as needed).
+bool writeOlderAndNewer(const QString& older, const QString& newer);
+
 // Gives the corpus files of `folder` distinct times in corpus order, with
 // `newest` (a file name) the newest of all; returns the listed names of the
 // folder (files with an image ending), oldest first.

@@ -124,9 +124,7 @@ void TestHostileAddDrop::addForeground()
 
     if (entry.kind == HostileKind::Unreadable) {
         const testsupport::ChildRun run = c.runChild(QStringLiteral("addForegroundNoPicture"), path);
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList({"window open", "listed intact without thumbnail"}));
+        checkStoppedAtRefresh(run, {"window open", "listed intact without thumbnail"});
         return;
     }
 
@@ -150,10 +148,7 @@ void TestHostileAddDrop::addForeground()
         const int row = before.size();
         QCOMPARE(ui->listWidget->item(row)->icon().availableSizes(), QList<QSize>({QSize(74, 64)}));
         QCOMPARE(ui->listWidget->currentRow(), row);
-        QCOMPARE(MyGlobal::CurSelection, path);
-        const QImage photo(path);
-        checkPhotoShown(d, photo);
-        QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+        checkPhotoChosen(d, path);
     }
 }
 
