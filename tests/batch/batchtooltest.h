@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Runs the built plendra-batch as a child process, the way scripts run it.
+// Runs the built plendra-batch as a child process, the way scripts run it;
+// the base of the tool's test cases.
 
 #include <QByteArray>
 #include <QImage>

@@ -3,10 +3,11 @@
 
 // Shared pieces of the forms' tests: the recorder of the addresses the forms
 // hand to the desktop (the browser is never started), a translator that
-// announces a language change, clicks on marks and button boxes, and the
-// reading of the settings dialog's preview; the test case base that routes
-// the web address's scheme to the recorder and gives each test a current
-// folder and a folder of pictures of its own.
+// announces a language change, clicks on marks and button boxes, the texts a
+// form shows, and the reading of the settings dialog's preview; the test case
+// base that routes the web address's scheme to the recorder and gives each
+// test its settings back, a current folder and a folder of pictures of its
+// own.
 
 #include <QColor>
 #include <QDialogButtonBox>

@@ -3,7 +3,8 @@
 
 // Drives the built program on the X display of the test (under xvfb-run):
 // starts the bundle, finds its window, clicks and types with xdotool, and
-// takes screenshots with ImageMagick's import.
+// takes screenshots with ImageMagick's import; where the window's parts lie
+// and what a screenshot shows of them.
 
 #include <QColor>
 #include <QImage>
