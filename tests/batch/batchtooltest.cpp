@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tests/batch/batchtooltest.h"
 
+#include "tests/support/testsupport.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QTest>
 
 #include <csignal>
 #include <unistd.h>
@@ -22,6 +25,19 @@ QStringList linesOf(const QByteArray& text)
 }
 
 } // namespace
+
+QString ToolTestCase::folder(const QString& name)
+{
+    const QString path = m_dir.filePath(QStringLiteral("%1-%2").arg(name).arg(++m_round));
+    return QDir().mkpath(path) ? path : QString();
+}
+
+void ToolTestCase::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_background = m_dir.filePath(QStringLiteral("background.png"));
+    QVERIFY(testsupport::writeImage(background(), m_background));
+}
 
 QString toolPath()
 {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Runs the built plendra-batch as a child process, the way scripts run it.
+// Runs the built plendra-batch as a child process, the way scripts run it;
+// the base of the tool's test cases.
 
 #include <QByteArray>
+#include <QImage>
+#include <QObject>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 namespace batchtest {
 
@@ -65,6 +69,29 @@ private:
     QProcess m_process;
     QByteArray m_out;
     QByteArray m_err;
+};
+
+// The base of the tool's test cases: a temporary folder for the run, with the
+// test case's background picture written into it at the start (its path in
+// m_background), and a fresh folder in it for each use.
+class ToolTestCase : public QObject
+{
+    Q_OBJECT
+
+protected:
+    virtual QImage background() const = 0;
+
+    // A fresh folder named after `name` (empty when it could not be made).
+    QString folder(const QString& name);
+
+    QTemporaryDir m_dir;
+    QString m_background;
+
+private slots:
+    void initTestCase();
+
+private:
+    int m_round = 0;
 };
 
 } // namespace batchtest

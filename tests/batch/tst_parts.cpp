@@ -28,12 +28,6 @@ bool touch(const QString& path, const QByteArray& bytes = "x")
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestParts : public QObject
@@ -217,15 +211,15 @@ private slots:
         QVERIFY(batch::cutShortReason(jpeg).isEmpty());
         QVERIFY(batch::cutShortReason(png).isEmpty());
         // Padding after the end marker, as some cameras write, is whole.
-        QVERIFY(touch(dir.filePath(QStringLiteral("padded.jpg")), bytesOf(jpeg) + QByteArray(16, '\0')));
+        QVERIFY(touch(dir.filePath(QStringLiteral("padded.jpg")), testsupport::fileBytes(jpeg) + QByteArray(16, '\0')));
         QVERIFY(batch::cutShortReason(dir.filePath(QStringLiteral("padded.jpg"))).isEmpty());
 
-        const QByteArray whole = bytesOf(jpeg);
+        const QByteArray whole = testsupport::fileBytes(jpeg);
         QVERIFY(touch(dir.filePath(QStringLiteral("half.jpg")), whole.left(whole.size() / 2)));
         QVERIFY(batch::cutShortReason(dir.filePath(QStringLiteral("half.jpg"))).contains(QStringLiteral("cut short")));
         // Qt decodes it without complaint: only the end marker tells.
         QVERIFY(!QImage(dir.filePath(QStringLiteral("half.jpg"))).isNull());
-        const QByteArray wholePng = bytesOf(png);
+        const QByteArray wholePng = testsupport::fileBytes(png);
         QVERIFY(touch(dir.filePath(QStringLiteral("half.png")), wholePng.left(wholePng.size() - 5)));
         QVERIFY(batch::cutShortReason(dir.filePath(QStringLiteral("half.png"))).contains(QStringLiteral("cut short")));
 

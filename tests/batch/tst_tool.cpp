@@ -52,22 +52,11 @@ QString errorLineFor(const ToolRun& run, const QString& photoName)
 
 } // namespace
 
-class TestTool : public QObject
+class TestTool : public batchtest::ToolTestCase
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString m_background;
-    int m_round = 0;
-
-    // A fresh folder for one test.
-    QString folder(const QString& name)
-    {
-        const QString path = m_dir.filePath(QStringLiteral("%1-%2").arg(name).arg(++m_round));
-        return QDir().mkpath(path) ? path : QString();
-    }
-
     QStringList keyArgs(const QString& output) const
     {
         return {QStringLiteral("-b"), m_background, QStringLiteral("-k"), kKey, QStringLiteral("-o"), output};
@@ -78,14 +67,9 @@ private:
         return testsupport::writeImage(testsupport::studioShot(w, h, QColor(40, 180, 60), seed), path);
     }
 
-private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        m_background = m_dir.filePath(QStringLiteral("background.png"));
-        QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(90, 200, 7), m_background));
-    }
+    QImage background() const override { return testsupport::backgroundPicture(90, 200, 7); }
 
+private slots:
     // Every hostile file is named with its reason; every readable photo is
     // still keyed; nothing read is changed; nothing but whole images written.
     void hostileFolderIsKeyedAroundItsBadPhotos()

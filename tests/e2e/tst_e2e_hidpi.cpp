@@ -13,10 +13,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using testsupport::windowplaces::kSaveImage;
+
 namespace {
 
 const QSize kDesigned(817, 539);
-const QRect kSaveImage(310, 470, 161, 34);
 
 // Window parts holding text or controls, where clipping would show first.
 const QList<QPair<const char*, QRect>> kParts{

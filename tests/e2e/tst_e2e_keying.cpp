@@ -7,10 +7,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace {
+using testsupport::windowplaces::kPreview;
 
-// The preview, in window coordinates.
-const QRect kPreview(200, 80, 421, 351);
+namespace {
 
 // Of the pixels of `rect` that are backdrop blue in `before`, the share still
 // (nearly) the same in `after`: the backdrop the click left in place. The

@@ -13,6 +13,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QGraphicsView>
+#include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
@@ -24,6 +25,29 @@
 namespace formstest {
 
 
+
+QList<QStringList> titleAndTextAcrossLanguageChange(const QWidget& form, const QString& name,
+                                                    const QHash<QString, QString>& words)
+{
+    const auto read = [&form, &name]() {
+        QString text = QStringLiteral("<missing>");
+        if (auto* label = form.findChild<QLabel*>(name))
+            text = label->text();
+        else if (auto* button = form.findChild<QAbstractButton*>(name))
+            text = button->text();
+        return QStringList({form.windowTitle(), text});
+    };
+    WordTranslator translator;
+    translator.words = words;
+    if (!QCoreApplication::installTranslator(&translator))
+        return {};
+    QCoreApplication::processEvents();
+    const QStringList translated = read();
+    if (!QCoreApplication::removeTranslator(&translator))
+        return {};
+    QCoreApplication::processEvents();
+    return {translated, read()};
+}
 
 // A radio button or check box reacts to clicks on its mark and its text, not
 // on the empty rest of its rectangle: click the mark.
@@ -49,6 +73,21 @@ QStringList childNames(const QObject* parent)
             names << child->objectName();
     }
     return names;
+}
+
+QStringList wrongTexts(const QWidget& form, const NamedTexts& expected, bool orButton)
+{
+    QStringList wrong;
+    for (const auto& [name, text] : expected) {
+        QString shown = QStringLiteral("<missing>");
+        if (auto* label = form.findChild<QLabel*>(name))
+            shown = label->text();
+        else if (auto* button = orButton ? form.findChild<QAbstractButton*>(name) : nullptr)
+            shown = button->text();
+        if (shown != text)
+            wrong << name + QStringLiteral(": ") + shown;
+    }
+    return wrong;
 }
 
 QImage filled(int width, int height, QColor colour)
@@ -127,7 +166,7 @@ void dragBarTo(QScrollBar* bar, int value)
     bar->setSliderDown(false);
 }
 
-void FormsTestCase::setUpRun()
+void FormsTestCase::initTestCase()
 {
     // The toolkit's own pickers, so that the tests can answer them.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);
@@ -137,7 +176,7 @@ void FormsTestCase::setUpRun()
     m_savedCurrent = QDir::currentPath();
 }
 
-void FormsTestCase::tearDownRun()
+void FormsTestCase::cleanupTestCase()
 {
     QDesktopServices::unsetUrlHandler(m_scheme);
 }
@@ -156,7 +195,7 @@ void FormsTestCase::resetSettings()
     MyGlobal::CurSelection.clear();
 }
 
-void FormsTestCase::setUpTest()
+void FormsTestCase::init()
 {
     m_recorder.urls.clear();
     resetSettings();
@@ -172,11 +211,22 @@ void FormsTestCase::setUpTest()
     MyGlobal::CurSelection = writePicture(QStringLiteral("fg.png"), testsupport::backgroundPicture(320, 240));
 }
 
-void FormsTestCase::tearDownTest()
+void FormsTestCase::cleanup()
 {
     QVERIFY(QDir::setCurrent(m_savedCurrent));
     m_tmp.reset();
     resetSettings();
+}
+
+QColor FormsTestCase::selectPaperWithArial(int fontPixelSize, bool bold)
+{
+    const QColor paper(255, 255, 255);
+    MyGlobal::CurSelection = writePicture(QStringLiteral("paper.png"), filled(355, 286, paper));
+    QFont font(QStringLiteral("Arial"));
+    font.setPixelSize(fontPixelSize);
+    font.setBold(bold);
+    UserSettings::m_font = font;
+    return paper;
 }
 
 QString FormsTestCase::writePicture(const QString& name, const QImage& image)

@@ -50,11 +50,6 @@ class TestAdvanced : public FormsTestCase
     Q_OBJECT
 
 private slots:
-    void initTestCase() { setUpRun(); }
-    void init() { setUpTest(); }
-    void cleanup() { tearDownTest(); }
-    void cleanupTestCase() { tearDownRun(); }
-
     void advancedFormHoldsItsWidgetsAndTexts();
     void advancedHasOnlyACloseButton();
     void advancedOffersTheOutputSizesAndFormats();
@@ -85,10 +80,6 @@ void TestAdvanced::advancedFormHoldsItsWidgetsAndTexts()
                           "comboFormats", "label_8"}));
 
     auto button = [&dialog](const char* name) { return dialog.findChild<QPushButton*>(QString::fromLatin1(name)); };
-    auto label = [&dialog](const char* name) {
-        QLabel* found = dialog.findChild<QLabel*>(QString::fromLatin1(name));
-        return found ? found->text() : QStringLiteral("<missing>");
-    };
     QVERIFY(button("Reset") && button("ApplySetting") && button("FontColor") && button("FontSize")
             && button("ChooseOutDir"));
     QCOMPARE(button("Reset")->text(), QStringLiteral("Return to Defaults"));
@@ -98,14 +89,11 @@ void TestAdvanced::advancedFormHoldsItsWidgetsAndTexts()
     QCOMPARE(button("FontSize")->text(), QStringLiteral("Change Font"));
     QCOMPARE(button("FontSize")->toolTip(), QStringLiteral("If picture dimensions are large, use large font size accordingly."));
     QCOMPARE(button("ChooseOutDir")->text(), QStringLiteral("Output Folder"));
-    QCOMPARE(label("label"), QStringLiteral("Change transparency"));
-    QCOMPARE(label("label_2"), QStringLiteral("opaque"));
-    QCOMPARE(label("label_3"), QStringLiteral("transparent"));
-    QCOMPARE(label("label_4"), QStringLiteral("Note: These Manual settings will override the intelligent defaults."));
-    QCOMPARE(label("label_5"), QStringLiteral("Try maximizing font size if you "));
-    QCOMPARE(label("label_6"), QStringLiteral("can't see Text in preview"));
-    QCOMPARE(label("label_7"), QStringLiteral("Output dimension"));
-    QCOMPARE(label("label_8"), QStringLiteral("Output Format"));
+    QCOMPARE(wrongTexts(dialog, {{"label", "Change transparency"}, {"label_2", "opaque"}, {"label_3", "transparent"},
+                                 {"label_4", "Note: These Manual settings will override the intelligent defaults."},
+                                 {"label_5", "Try maximizing font size if you "}, {"label_6", "can't see Text in preview"},
+                                 {"label_7", "Output dimension"}, {"label_8", "Output Format"}}),
+             QStringList());
     auto* bar = dialog.findChild<QScrollBar*>(QStringLiteral("horizontalScrollBar"));
     QVERIFY(bar);
     QCOMPARE(bar->orientation(), Qt::Horizontal);
@@ -327,13 +315,7 @@ void TestAdvanced::previewTextCarriesChosenColourAndTransparency()
     QFETCH(int, bar);
     QFETCH(int, alpha);
 
-    // A picture of the preview box's size, so the shown copy is not resampled.
-    const QColor paper(255, 255, 255);
-    MyGlobal::CurSelection = writePicture(QStringLiteral("paper.png"), filled(355, 286, paper));
-    QFont font(QStringLiteral("Arial"));
-    font.setPixelSize(110);
-    font.setBold(true);
-    UserSettings::m_font = font;
+    const QColor paper = selectPaperWithArial(110, true);
     UserSettings::m_clr = colour;
 
     Advanced dialog;
@@ -365,11 +347,7 @@ void TestAdvanced::previewTextCarriesChosenColourAndTransparency()
 
 void TestAdvanced::previewTextFollowsPositionAndText()
 {
-    const QColor paper(255, 255, 255);
-    MyGlobal::CurSelection = writePicture(QStringLiteral("paper.png"), filled(355, 286, paper));
-    QFont font(QStringLiteral("Arial"));
-    font.setPixelSize(60);
-    UserSettings::m_font = font;
+    const QColor paper = selectPaperWithArial(60, false);
     UserSettings::m_clr = QColor(255, 0, 0);
     UserSettings::m_transparency = 255;
 

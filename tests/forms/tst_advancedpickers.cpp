@@ -50,11 +50,6 @@ class TestAdvancedPickers : public FormsTestCase
     Q_OBJECT
 
 private slots:
-    void initTestCase() { setUpRun(); }
-    void init() { setUpTest(); }
-    void cleanup() { tearDownTest(); }
-    void cleanupTestCase() { tearDownRun(); }
-
     void fontPickerAcceptedStoresFontAndRedraws();
     void fontPickerCancelledKeepsFont();
     void colourPickerAcceptedStoresColourAndRedraws();
@@ -138,12 +133,7 @@ void TestAdvancedPickers::fontPickerCancelledKeepsFont()
 
 void TestAdvancedPickers::colourPickerAcceptedStoresColourAndRedraws()
 {
-    const QColor paper(255, 255, 255);
-    MyGlobal::CurSelection = writePicture(QStringLiteral("paper.png"), filled(355, 286, paper));
-    QFont font(QStringLiteral("Arial"));
-    font.setPixelSize(110);
-    font.setBold(true);
-    UserSettings::m_font = font;
+    const QColor paper = selectPaperWithArial(110, true);
     UserSettings::m_transparency = 255; // the bar at 100 keeps it so
     Advanced dialog;
     dialog.show();
@@ -288,17 +278,10 @@ void TestAdvancedPickers::outputControlsDoNothingHere()
 void TestAdvancedPickers::advancedRetranslatesOnLanguageChange()
 {
     Advanced dialog;
-    WordTranslator translator;
-    translator.words.insert(QStringLiteral("Advanced|Advanced Settings (Manual)"), QStringLiteral("Erweitert"));
-    translator.words.insert(QStringLiteral("Advanced|Apply My Settings"), QStringLiteral("Anwenden"));
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QCoreApplication::processEvents();
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Erweitert"));
-    QCOMPARE(dialog.findChild<QPushButton*>(QStringLiteral("ApplySetting"))->text(), QStringLiteral("Anwenden"));
-    QVERIFY(QCoreApplication::removeTranslator(&translator));
-    QCoreApplication::processEvents();
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Advanced Settings (Manual)"));
-    QCOMPARE(dialog.findChild<QPushButton*>(QStringLiteral("ApplySetting"))->text(), QStringLiteral("Apply My Settings"));
+    QCOMPARE(titleAndTextAcrossLanguageChange(dialog, QStringLiteral("ApplySetting"),
+                                              {{QStringLiteral("Advanced|Advanced Settings (Manual)"), QStringLiteral("Erweitert")},
+                                               {QStringLiteral("Advanced|Apply My Settings"), QStringLiteral("Anwenden")}}),
+             QList<QStringList>({{"Erweitert", "Anwenden"}, {"Advanced Settings (Manual)", "Apply My Settings"}}));
     // The boxes' entries come from the constructor and survive it.
     QCOMPARE(dialog.findChild<QComboBox*>(QStringLiteral("comboBox"))->count(), 6);
     QCOMPARE(dialog.findChild<QComboBox*>(QStringLiteral("comboFormats"))->count(), 6);

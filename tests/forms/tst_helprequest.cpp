@@ -50,11 +50,6 @@ class TestHelpRequest : public FormsTestCase
     Q_OBJECT
 
 private slots:
-    void initTestCase() { setUpRun(); }
-    void init() { setUpTest(); }
-    void cleanup() { tearDownTest(); }
-    void cleanupTestCase() { tearDownRun(); }
-
     void helpRequestFormHoldsItsWidgetsAndTexts();
     void helpRequestTurnsLineBreaksIntoDashes();
     void helpRequestReplacesEveryLineBreak();
@@ -62,7 +57,22 @@ private slots:
     void helpRequestCancelOpensNothing();
     void helpRequestTypedHashCutsTheQuery();
     void helpRequestRetranslatesOnLanguageChange();
+
+private:
+    // The one address OK hands to the desktop with `mail` and `comments` in
+    // the form's two fields; empty when it hands over none or more than one.
+    QUrl sentOnOk(const QString& mail, const QString& comments);
 };
+
+QUrl TestHelpRequest::sentOnOk(const QString& mail, const QString& comments)
+{
+    HelpRequest dialog;
+    dialog.show();
+    dialog.findChild<QLineEdit*>(QStringLiteral("lineEdit"))->setText(mail);
+    dialog.findChild<QPlainTextEdit*>(QStringLiteral("plainTextEdit"))->setPlainText(comments);
+    clickButtonBox(&dialog, QDialogButtonBox::Ok);
+    return m_recorder.urls.size() == 1 ? lastUrl() : QUrl();
+}
 
 void TestHelpRequest::helpRequestFormHoldsItsWidgetsAndTexts()
 {
@@ -113,27 +123,16 @@ void TestHelpRequest::helpRequestTurnsLineBreaksIntoDashes()
 
 void TestHelpRequest::helpRequestReplacesEveryLineBreak()
 {
-    HelpRequest dialog;
-    dialog.show();
-    dialog.findChild<QLineEdit*>(QStringLiteral("lineEdit"))->setText(QStringLiteral("a@b.c"));
-    dialog.findChild<QPlainTextEdit*>(QStringLiteral("plainTextEdit"))->setPlainText(QStringLiteral("one\ntwo\n\nthree\n"));
-
-    clickButtonBox(&dialog, QDialogButtonBox::Ok);
-
-    QCOMPARE(m_recorder.urls.size(), 1);
+    const QUrl sent = sentOnOk(QStringLiteral("a@b.c"), QStringLiteral("one\ntwo\n\nthree\n"));
     const QString expected =
         productWebAddress() + QStringLiteral("/helprequest?emailid=a@b.c&comments=one - two -  - three - ");
-    QCOMPARE(lastUrl(), QUrl(expected));
-    QCOMPARE(QUrlQuery(lastUrl()).queryItemValue(QStringLiteral("comments")), QStringLiteral("one - two -  - three - "));
+    QCOMPARE(sent, QUrl(expected));
+    QCOMPARE(QUrlQuery(sent).queryItemValue(QStringLiteral("comments")), QStringLiteral("one - two -  - three - "));
 }
 
 void TestHelpRequest::helpRequestSendsEmptyFieldsAsEmptyValues()
 {
-    HelpRequest dialog;
-    dialog.show();
-    clickButtonBox(&dialog, QDialogButtonBox::Ok);
-    QCOMPARE(m_recorder.urls.size(), 1);
-    QCOMPARE(lastUrl(), QUrl(productWebAddress() + QStringLiteral("/helprequest?emailid=&comments=")));
+    QCOMPARE(sentOnOk(QString(), QString()), QUrl(productWebAddress() + QStringLiteral("/helprequest?emailid=&comments=")));
 }
 
 void TestHelpRequest::helpRequestCancelOpensNothing()
@@ -150,31 +149,19 @@ void TestHelpRequest::helpRequestCancelOpensNothing()
 void TestHelpRequest::helpRequestTypedHashCutsTheQuery()
 {
     // Nothing is escaped: a typed "#" starts the fragment, as it always has.
-    HelpRequest dialog;
-    dialog.show();
-    dialog.findChild<QLineEdit*>(QStringLiteral("lineEdit"))->setText(QStringLiteral("a#b"));
-    dialog.findChild<QPlainTextEdit*>(QStringLiteral("plainTextEdit"))->setPlainText(QStringLiteral("c"));
-    clickButtonBox(&dialog, QDialogButtonBox::Ok);
-    QCOMPARE(m_recorder.urls.size(), 1);
-    QCOMPARE(lastUrl(), QUrl(productWebAddress() + QStringLiteral("/helprequest?emailid=a#b&comments=c")));
-    QCOMPARE(lastUrl().query(), QStringLiteral("emailid=a"));
-    QCOMPARE(lastUrl().fragment(), QStringLiteral("b&comments=c"));
+    const QUrl sent = sentOnOk(QStringLiteral("a#b"), QStringLiteral("c"));
+    QCOMPARE(sent, QUrl(productWebAddress() + QStringLiteral("/helprequest?emailid=a#b&comments=c")));
+    QCOMPARE(sent.query(), QStringLiteral("emailid=a"));
+    QCOMPARE(sent.fragment(), QStringLiteral("b&comments=c"));
 }
 
 void TestHelpRequest::helpRequestRetranslatesOnLanguageChange()
 {
     HelpRequest dialog;
-    WordTranslator translator;
-    translator.words.insert(QStringLiteral("HelpRequest|Email Id"), QStringLiteral("E-Mail"));
-    translator.words.insert(QStringLiteral("HelpRequest|Help"), QStringLiteral("Hilfe"));
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QCoreApplication::processEvents();
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Hilfe"));
-    QCOMPARE(dialog.findChild<QLabel*>(QStringLiteral("label_3"))->text(), QStringLiteral("E-Mail"));
-    QVERIFY(QCoreApplication::removeTranslator(&translator));
-    QCoreApplication::processEvents();
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Help"));
-    QCOMPARE(dialog.findChild<QLabel*>(QStringLiteral("label_3"))->text(), QStringLiteral("Email Id"));
+    const QHash<QString, QString> german{{QStringLiteral("HelpRequest|Email Id"), QStringLiteral("E-Mail")},
+                                         {QStringLiteral("HelpRequest|Help"), QStringLiteral("Hilfe")}};
+    QCOMPARE(titleAndTextAcrossLanguageChange(dialog, QStringLiteral("label_3"), german),
+             QList<QStringList>({{"Hilfe", "E-Mail"}, {"Help", "Email Id"}}));
 }
 
 PLENDRA_TEST_MAIN(TestHelpRequest)

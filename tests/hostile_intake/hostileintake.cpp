@@ -2,11 +2,13 @@
 #include "tests/hostile_intake/hostileintake.h"
 
 #include "mainwindow/dialog.h"
+#include "state/globals.h"
 #include "tests/fixture/windowfixture.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPixmap>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -80,6 +82,30 @@ QString strayLines(const QStringList& lines)
 
 } // namespace
 
+QImage asShown(const QImage& image)
+{
+    return QPixmap::fromImage(image).toImage();
+}
+
+QImage fittedTo(const QImage& background, const QSize& size)
+{
+    return background.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+}
+
+void checkPhotoShown(Dialog& d, const QImage& photo)
+{
+    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
+    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+}
+
+void checkPhotoChosen(Dialog& d, const QString& path)
+{
+    QCOMPARE(MyGlobal::CurSelection, path);
+    const QImage photo(path);
+    checkPhotoShown(d, photo);
+    QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+}
+
 const QList<testsupport::HostileEntry>& corpusEntries()
 {
     return masterCorpus();
@@ -118,6 +144,7 @@ void HostileCase::takeSnapshots()
 {
     m_caseBefore = testsupport::snapshotTree(m_root.path());
     m_homeBefore = testsupport::snapshotTree(QDir::homePath());
+    m_snapshotsTaken = true;
 }
 
 QStringList HostileCase::unexpectedChanges(const QStringList& changedByTheTest) const
@@ -147,6 +174,45 @@ QProcessEnvironment HostileCase::childEnvironment() const
     env.insert(QStringLiteral("TMPDIR"), m_root.path() + QStringLiteral("/child-tmp"));
     env.insert(QLatin1String(kAppDirVariable), appDir());
     return env;
+}
+
+testsupport::ChildRun HostileCase::runChild(const QString& name, const QString& path, const QString& secondPath) const
+{
+    QProcessEnvironment env = childEnvironment();
+    if (!path.isEmpty())
+        env.insert(QLatin1String(kPathVariable), path);
+    if (!secondPath.isEmpty())
+        env.insert(QLatin1String(kSecondPathVariable), secondPath);
+    return testsupport::runChildScenario(name, env);
+}
+
+void checkStoppedAtRefresh(const testsupport::ChildRun& run, const QStringList& reports)
+{
+    const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
+    QVERIFY2(why.isEmpty(), qPrintable(why));
+    QCOMPARE(childReports(run), reports);
+}
+
+testsupport::HostileEntry HostileIntakeTestCase::rowEntry() const
+{
+    QFETCH(int, index);
+    return m_case->entry(index);
+}
+
+void HostileIntakeTestCase::init()
+{
+    WindowTestCase::init();
+    m_allowedChanges.clear();
+    m_case = std::make_unique<HostileCase>();
+    QVERIFY(m_case->ok());
+}
+
+void HostileIntakeTestCase::cleanup()
+{
+    if (m_case && m_case->snapshotsTaken())
+        QCOMPARE(m_case->unexpectedChanges(m_allowedChanges), QStringList());
+    m_case.reset();
+    WindowTestCase::cleanup();
 }
 
 void addCorpusRows()

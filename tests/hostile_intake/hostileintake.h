@@ -7,14 +7,17 @@
 // expected to stop on a named assertion, and the reading of a child's standard
 // error. Windows in this process come from the window fixture.
 
+#include "tests/fixture/windowfixture.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/testsupport.h"
 
 #include <QByteArray>
+#include <QImage>
 #include <QList>
 #include <QMap>
 #include <QPoint>
 #include <QProcessEnvironment>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -55,6 +58,7 @@ public:
     testsupport::HostileEntry entry(int index) const { return m_corpus.at(index); }
 
     void takeSnapshots();
+    bool snapshotsTaken() const { return m_snapshotsTaken; }
     // Every difference since takeSnapshots() that is not allowed: paths below
     // the case folder (relative to it) other than `changedByTheTest`, and paths
     // below a home (this process's or a child's) outside its output folder
@@ -63,6 +67,9 @@ public:
 
     // The environment for a child scenario on this case.
     QProcessEnvironment childEnvironment() const;
+    // Runs the child scenario `name` on this case, handing it `path` and
+    // `secondPath` (kPathVariable, kSecondPathVariable) when they are given.
+    testsupport::ChildRun runChild(const QString& name, const QString& path = {}, const QString& secondPath = {}) const;
 
 private:
     QTemporaryDir m_root;
@@ -70,7 +77,57 @@ private:
     QList<testsupport::HostileEntry> m_corpus;
     QMap<QString, QByteArray> m_caseBefore;
     QMap<QString, QByteArray> m_homeBefore;
+    bool m_snapshotsTaken = false;
 };
+
+// The base of the hostile intake test cases: a fresh case before each test;
+// after it, once the test has taken the snapshots, no change in the case
+// folder or a home but those the test allowed, and the process-wide state
+// put back. With `opensLog`, the shared log is opened around each test as
+// main() opens it (the drop and change handlers write to it).
+class HostileIntakeTestCase : public widgettest::WindowTestCase
+{
+    Q_OBJECT
+
+public:
+    explicit HostileIntakeTestCase(bool opensLog = false) { m_opensLog = opensLog; }
+
+protected:
+    HostileCase& hostileCase() { return *m_case; }
+    // The case's copy of the corpus entry of the running data row (see
+    // addCorpusRows).
+    testsupport::HostileEntry rowEntry() const;
+    // Paths below the case folder (relative to it) that the test changes.
+    void allowChanges(const QStringList& changedByTheTest) { m_allowedChanges += changedByTheTest; }
+
+protected slots:
+    void init();
+    void cleanup();
+
+private:
+    std::unique_ptr<HostileCase> m_case;
+    QStringList m_allowedChanges;
+};
+
+// The same, for test cases whose window writes to the shared log.
+class LoggedHostileIntakeTestCase : public HostileIntakeTestCase
+{
+public:
+    LoggedHostileIntakeTestCase() : HostileIntakeTestCase(true) {}
+};
+
+// The image as the preview holds it, once turned into a pixmap.
+QImage asShown(const QImage& image);
+
+// A background as the window fits it to a photo of `size`.
+QImage fittedTo(const QImage& background, const QSize& size);
+
+// Checks that the window holds `photo` as its foreground and shows it in the
+// preview.
+void checkPhotoShown(Dialog& d, const QImage& photo);
+// Checks that the photo file `path` is chosen: the current selection, held and
+// shown as in checkPhotoShown, with the background fitted to its size.
+void checkPhotoChosen(Dialog& d, const QString& path);
 
 // The corpus as made once for this test program (empty when it could not be
 // made); each case works on its own copy.
@@ -97,6 +154,9 @@ QStringList childReports(const testsupport::ChildRun& run);
 // file and its own reports (so no sanitizer report);
 // otherwise what was wrong.
 QString stoppedOnlyBy(const testsupport::ChildRun& run, const QString& assertionPattern);
+// Checks that the child stopped as stoppedOnlyBy says, on the preview
+// refresh's assertion, after reporting exactly `reports`.
+void checkStoppedAtRefresh(const testsupport::ChildRun& run, const QStringList& reports);
 // Empty when the child ended normally with nothing but Qt's messages and its
 // own reports on standard error.
 QString endedCleanly(const testsupport::ChildRun& run);

@@ -20,16 +20,6 @@ namespace hostiletest {
 using testsupport::HostileKind;
 using widgettest::itemTexts;
 
-QImage asShown(const QImage& image)
-{
-    return QPixmap::fromImage(image).toImage();
-}
-
-QImage fittedTo(const QImage& background, const QSize& size)
-{
-    return background.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
-}
-
 QDateTime minutesIn(int minutes)
 {
     return QDateTime(QDate(2021, 6, 1), QTime(9, 0)).addSecs(60 * minutes);
@@ -112,9 +102,23 @@ QString readLog()
     return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
 }
 
+bool writeOlderAndNewer(const QString& older, const QString& newer)
+{
+    return testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), older)
+        && testsupport::writeImage(testsupport::studioShot(120, 90, QColor(40, 70, 200), 4), newer)
+        && setModified(older, minutesIn(0)) && setModified(newer, minutesIn(5));
+}
+
 int rowOf(const QListWidget* list, const QString& text)
 {
     return itemTexts(list).lastIndexOf(text);
+}
+
+int dropAndFindRow(QListWidget* list, const QString& path)
+{
+    if (!widgettest::dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)))
+        return -1;
+    return rowOf(list, path);
 }
 
 } // namespace hostiletest

@@ -20,17 +20,15 @@ namespace hostiletest {
 
 inline constexpr int kWatchTimeoutMs = 10000;
 
-// The image as the preview holds it, once turned into a pixmap.
-QImage asShown(const QImage& image);
-
-// A background as the window fits it to a photo of `size`.
-QImage fittedTo(const QImage& background, const QSize& size);
-
 // A fixed moment plus `minutes`, for modification times in a known order.
 QDateTime minutesIn(int minutes);
 
 // Sets the modification time of the file at `path`.
 bool setModified(const QString& path, const QDateTime& when);
+
+// Writes two photos five minutes apart: a green backdrop shot at `older`, a
+// blue one at `newer` (folders made as needed).
+bool writeOlderAndNewer(const QString& older, const QString& newer);
 
 // Gives the corpus files of `folder` distinct times in corpus order, with
 // `newest` (a file name) the newest of all; returns the listed names of the
@@ -53,5 +51,9 @@ QString readLog();
 
 // The last row of `list` whose text is `text`, or -1.
 int rowOf(const QListWidget* list, const QString& text);
+
+// Drops `path` at (10, 10) on `list`'s viewport as the desktop does; the last
+// row that lists it, or -1 (also when the drop was refused).
+int dropAndFindRow(QListWidget* list, const QString& path);
 
 } // namespace hostiletest

@@ -18,19 +18,8 @@
 using namespace hostiletest;
 using namespace widgettest;
 using testsupport::HostileKind;
-using widgettest::itemTexts;
 
 namespace {
-
-QImage asShown(const QImage& image)
-{
-    return QPixmap::fromImage(image).toImage();
-}
-
-QImage fittedTo(const QImage& background, const QSize& size)
-{
-    return background.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
-}
 
 // Types a folder's path into Qt's file dialog and presses Return: a folder
 // cannot be chosen as a file, the dialog opens it instead. `opened` tells
@@ -51,6 +40,17 @@ void answerWithFolder(const QString& folder, std::shared_ptr<bool> answered, std
         QTest::keyClick(dialog, Qt::Key_Escape);
         return true;
     });
+}
+
+// Clicks `add` and types `folder` into its file dialog: the dialog opens the
+// folder rather than returning it, and is cancelled.
+void checkFolderIsOpenedNotChosen(QPushButton* add, const QString& folder)
+{
+    auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
+    answerWithFolder(folder, answered, opened);
+    widgettest::clickButton(add);
+    QVERIFY(*answered);
+    QVERIFY2(*opened, "the dialog should have opened the folder");
 }
 
 // Reports each item the list gains: whether its text is `expected` exactly,
@@ -82,14 +82,11 @@ PLENDRA_CHILD_SCENARIO("addForegroundNoPicture")
     childReport(QStringLiteral("add returned"));
 }
 
-class TestHostileAddDrop : public QObject
+class TestHostileAddDrop : public LoggedHostileIntakeTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void addForeground_data() { addCorpusRows(); }
     void addForeground();
     void addBackground_data() { addCorpusRows(); }
@@ -107,24 +104,7 @@ private slots:
 private:
     void dropRows();
     void dropOnList(bool backgrounds);
-    // The URL and the text a drop row lists (empty when nothing).
-    static void dropInput(const HostileCase& c, int index, const QUrl& url, const QString& listedAs, QUrl* dropped,
-                          QString* listed, bool* thumbnail);
 };
-
-void TestHostileAddDrop::init()
-{
-    // main() opens the log in the real program; the window's drop handler
-    // writes to it.
-    MyGlobal::log.close();
-    QVERIFY(MyGlobal::log.open(QIODevice::WriteOnly));
-}
-
-void TestHostileAddDrop::cleanup()
-{
-    MyGlobal::log.close();
-    widgettest::resetGlobals();
-}
 
 // Designed outcome of "Add" under FOREGROUNDS, by what the chosen path is:
 // - a picture: listed with its path exactly as chosen (blanks, non-ASCII
@@ -136,36 +116,24 @@ void TestHostileAddDrop::cleanup()
 //   nothing is listed, and the current photo is read again from its file.
 void TestHostileAddDrop::addForeground()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
-    const QString path = c.entry(index).path;
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
+    const QString path = entry.path;
     const QString green = c.appDir() + QStringLiteral("/1green.JPG");
     c.takeSnapshots();
 
-    if (HostileKind(kind) == HostileKind::Unreadable) {
-        QProcessEnvironment env = c.childEnvironment();
-        env.insert(QLatin1String(kPathVariable), path);
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("addForegroundNoPicture"), env);
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList({"window open", "listed intact without thumbnail"}));
-        QCOMPARE(c.unexpectedChanges(), QStringList());
+    if (entry.kind == HostileKind::Unreadable) {
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("addForegroundNoPicture"), path);
+        checkStoppedAtRefresh(run, {"window open", "listed intact without thumbnail"});
         return;
     }
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = widgettest::windowParts(*window);
     const QStringList before = itemTexts(ui->listWidget);
-    if (HostileKind(kind) == HostileKind::Folder) {
-        auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
-        answerWithFolder(path, answered, opened);
-        widgettest::clickButton(ui->AddForegGround);
-        QVERIFY(*answered);
-        QVERIFY2(*opened, "the dialog should have opened the folder");
+    if (entry.kind == HostileKind::Folder) {
+        checkFolderIsOpenedNotChosen(ui->AddForegGround, path);
         QCOMPARE(itemTexts(ui->listWidget), before);
         QCOMPARE(MyGlobal::CurSelection, green);
         QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), QImage(green)));
@@ -180,14 +148,8 @@ void TestHostileAddDrop::addForeground()
         const int row = before.size();
         QCOMPARE(ui->listWidget->item(row)->icon().availableSizes(), QList<QSize>({QSize(74, 64)}));
         QCOMPARE(ui->listWidget->currentRow(), row);
-        QCOMPARE(MyGlobal::CurSelection, path);
-        const QImage photo(path);
-        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
-        QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+        checkPhotoChosen(d, path);
     }
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome of "Add" under BACKGROUNDS: the path is listed exactly as
@@ -198,28 +160,21 @@ void TestHostileAddDrop::addForeground()
 // is read again from its file.
 void TestHostileAddDrop::addBackground()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
-    const QString path = c.entry(index).path;
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
+    const QString path = entry.path;
     const QString green = c.appDir() + QStringLiteral("/1green.JPG");
     const QString firstBackground = c.appDir() + QStringLiteral("/Bkg/a.jpg");
     c.takeSnapshots();
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = widgettest::windowParts(*window);
     const QImage photo(green);
     const QStringList before = itemTexts(ui->listWidget_Bk);
     widgettest::markPreview(d);
-    if (HostileKind(kind) == HostileKind::Folder) {
-        auto answered = std::make_shared<bool>(false), opened = std::make_shared<bool>(false);
-        answerWithFolder(path, answered, opened);
-        widgettest::clickButton(ui->AddBackground);
-        QVERIFY(*answered);
-        QVERIFY2(*opened, "the dialog should have opened the folder");
+    if (entry.kind == HostileKind::Folder) {
+        checkFolderIsOpenedNotChosen(ui->AddBackground, path);
         QCOMPARE(itemTexts(ui->listWidget_Bk), before);
         QCOMPARE(MyGlobal::CurSelectionBk, firstBackground);
         QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(firstBackground), photo.size())));
@@ -230,10 +185,10 @@ void TestHostileAddDrop::addBackground()
         QVERIFY(seen->answered);
         QCOMPARE(itemTexts(ui->listWidget_Bk), before + QStringList({path}));
         const int row = before.size();
-        QCOMPARE(hasThumbnail(ui->listWidget_Bk, row), HostileKind(kind) == HostileKind::Image);
+        QCOMPARE(hasThumbnail(ui->listWidget_Bk, row), entry.kind == HostileKind::Image);
         QCOMPARE(ui->listWidget_Bk->currentRow(), row);
         QCOMPARE(MyGlobal::CurSelectionBk, path);
-        if (HostileKind(kind) == HostileKind::Image)
+        if (entry.kind == HostileKind::Image)
             QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
         else
             QVERIFY(DialogTestAccess::background(d).isNull());
@@ -241,8 +196,6 @@ void TestHostileAddDrop::addBackground()
     QVERIFY(!widgettest::previewRedrawnSinceMark(d));
     QCOMPARE(MyGlobal::CurSelection, green);
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 void TestHostileAddDrop::dropRows()
@@ -280,20 +233,38 @@ void TestHostileAddDrop::dropRows()
                                                     << QStringLiteral("/nonexistent-plendra-folder/missing.jpg");
 }
 
-void TestHostileAddDrop::dropInput(const HostileCase& c, int index, const QUrl& url, const QString& listedAs, QUrl* dropped,
-                                   QString* listed, bool* thumbnail)
+namespace {
+
+// A drop row on the case `c`, with the window open on it once the snapshots
+// are taken: the URL the row drops, and the text it lists (empty when
+// nothing) with or without a thumbnail.
+struct DropCase
 {
-    if (index >= 0) {
-        const testsupport::HostileEntry entry = c.entry(index);
-        *dropped = QUrl::fromLocalFile(entry.path);
-        *listed = entry.path;
-        *thumbnail = entry.kind == HostileKind::Image;
-    } else {
-        *dropped = url;
-        *listed = listedAs;
-        *thumbnail = false;
+    QUrl dropped;
+    QString listed;
+    bool thumbnail = false;
+    std::unique_ptr<Dialog> window;
+
+    explicit DropCase(HostileCase& c)
+    {
+        QFETCH(int, index);
+        QFETCH(QUrl, url);
+        QFETCH(QString, listedAs);
+        if (index >= 0) {
+            const testsupport::HostileEntry entry = c.entry(index);
+            dropped = QUrl::fromLocalFile(entry.path);
+            listed = entry.path;
+            thumbnail = entry.kind == HostileKind::Image;
+        } else {
+            dropped = url;
+            listed = listedAs;
+        }
+        c.takeSnapshots();
+        window = openWindow(c.appDir());
     }
-}
+};
+
+} // namespace
 
 // Designed outcome of a drop on a list: every local path ending in an image
 // type is appended with its path exactly as dropped (an empty icon when it is
@@ -302,20 +273,9 @@ void TestHostileAddDrop::dropInput(const HostileCase& c, int index, const QUrl& 
 // the background, the chosen paths, the other list or the preview.
 void TestHostileAddDrop::dropOnList(bool backgrounds)
 {
-    QFETCH(int, index);
-    QFETCH(QUrl, url);
-    QFETCH(QString, listedAs);
-    HostileCase c;
-    QVERIFY(c.ok());
-    QUrl dropped;
-    QString listed;
-    bool thumbnail = false;
-    dropInput(c, index, url, listedAs, &dropped, &listed, &thumbnail);
-    c.takeSnapshots();
-
-    auto window = openWindow(c.appDir());
-    QVERIFY(window);
-    Dialog& d = *window;
+    DropCase drop(hostileCase());
+    QVERIFY(drop.window);
+    Dialog& d = *drop.window;
     const widgettest::WindowWidgets ui(d);
     QListWidget* target = backgrounds ? ui->listWidget_Bk : ui->listWidget;
     QListWidget* other = backgrounds ? ui->listWidget : ui->listWidget_Bk;
@@ -326,13 +286,13 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     const QString selection = MyGlobal::CurSelection, selectionBk = MyGlobal::CurSelectionBk;
     widgettest::markPreview(d);
 
-    QVERIFY(dropUrls(target->viewport(), {dropped}, target->viewport()->rect().center()));
+    QVERIFY(dropUrls(target->viewport(), {drop.dropped}, target->viewport()->rect().center()));
 
-    const QStringList expected = listed.isEmpty() ? before : before + QStringList({listed});
+    const QStringList expected = drop.listed.isEmpty() ? before : before + QStringList({drop.listed});
     QCOMPARE(itemTexts(target), expected);
-    if (!listed.isEmpty()) {
-        QCOMPARE(hasThumbnail(target, before.size()), thumbnail);
-        if (thumbnail)
+    if (!drop.listed.isEmpty()) {
+        QCOMPARE(hasThumbnail(target, before.size()), drop.thumbnail);
+        if (drop.thumbnail)
             QCOMPARE(target->item(before.size())->icon().availableSizes(), QList<QSize>({QSize(74, 64)}));
     }
     QCOMPARE(target->currentRow(), 0);
@@ -342,8 +302,6 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
     QCOMPARE(MyGlobal::CurSelectionBk, selectionBk);
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), foreground));
     QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), background));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome of a drop on the window outside the lists: the log gets
@@ -352,20 +310,9 @@ void TestHostileAddDrop::dropOnList(bool backgrounds)
 // as it is; whatever the drop carries makes no difference.
 void TestHostileAddDrop::dropOnWindow()
 {
-    QFETCH(int, index);
-    QFETCH(QUrl, url);
-    QFETCH(QString, listedAs);
-    HostileCase c;
-    QVERIFY(c.ok());
-    QUrl dropped;
-    QString listed;
-    bool thumbnail = false;
-    dropInput(c, index, url, listedAs, &dropped, &listed, &thumbnail);
-    c.takeSnapshots();
-
-    auto window = openWindow(c.appDir());
-    QVERIFY(window);
-    Dialog& d = *window;
+    DropCase drop(hostileCase());
+    QVERIFY(drop.window);
+    Dialog& d = *drop.window;
     const widgettest::WindowWidgets ui(d);
     widgettest::clickRow(ui->listWidget, 1);
     const QStringList before = itemTexts(ui->listWidget), beforeBk = itemTexts(ui->listWidget_Bk);
@@ -373,7 +320,7 @@ void TestHostileAddDrop::dropOnWindow()
     widgettest::markPreview(d);
 
     const QPoint at(185, 445); // between FOREGROUNDS and the preview, below both
-    QVERIFY(dropUrls(&d, {dropped}, at));
+    QVERIFY(dropUrls(&d, {drop.dropped}, at));
 
     QCOMPARE(itemTexts(ui->listWidget), before);
     QCOMPARE(itemTexts(ui->listWidget_Bk), beforeBk);
@@ -387,8 +334,6 @@ void TestHostileAddDrop::dropOnWindow()
     QVERIFY(log.open(QIODevice::ReadOnly));
     const QString logged = QString::fromUtf8(log.readAll());
     QVERIFY2(logged.startsWith(QStringLiteral("Droppoint= (185, 445)\nx0x")), qPrintable(logged));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 void TestHostileAddDrop::dropTheWholeCorpusAtOnce_data()
@@ -403,8 +348,7 @@ void TestHostileAddDrop::dropTheWholeCorpusAtOnce_data()
 void TestHostileAddDrop::dropTheWholeCorpusAtOnce()
 {
     QFETCH(int, target);
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     QList<QUrl> urls;
     QStringList listed;
     for (const testsupport::HostileEntry& entry : c.corpus()) {
@@ -422,8 +366,6 @@ void TestHostileAddDrop::dropTheWholeCorpusAtOnce()
     for (int i = 0; i < c.corpus().size(); ++i)
         QCOMPARE(hasThumbnail(list, before.size() + i), c.corpus().at(i).kind == HostileKind::Image);
     QCOMPARE(list->currentRow(), 0);
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 PLENDRA_TEST_MAIN(TestHostileAddDrop)

@@ -24,39 +24,51 @@
 using namespace hostiletest;
 using namespace widgettest;
 using testsupport::HostileKind;
-using widgettest::itemTexts;
+
+namespace {
+
+// In a child: the window, with the path named by kPathVariable dropped on
+// FOREGROUNDS, and the row that lists it (-1 when none does). No window when
+// it could not be opened.
+struct DroppedOnForegrounds
+{
+    std::unique_ptr<Dialog> window = openChildWindow();
+    QListWidget* list = window ? widgettest::WindowWidgets(*window).listWidget : nullptr;
+    QString path = qEnvironmentVariable(kPathVariable);
+    int row = list ? listedRow() : -1;
+
+    int listedRow() const
+    {
+        dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
+        return rowOf(list, path);
+    }
+};
+
+} // namespace
 
 // A listed photo that goes before it is chosen.
 PLENDRA_CHILD_SCENARIO("clickFileGoneBeforeLoading")
 {
-    auto window = openChildWindow();
-    if (!window)
+    const DroppedOnForegrounds dropped;
+    if (!dropped.window)
         return;
-    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
-    const QString path = qEnvironmentVariable(kPathVariable);
-    dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
-    const int row = rowOf(list, path);
-    if (row < 0 || !QFile::remove(path))
+    if (dropped.row < 0 || !QFile::remove(dropped.path))
         return childReport(QStringLiteral("not listed"));
     childReport(QStringLiteral("removed once listed"));
-    widgettest::clickRow(list, row);
+    widgettest::clickRow(dropped.list, dropped.row);
     childReport(QStringLiteral("click returned"));
 }
 
 // A listed entry that is no picture, chosen under FOREGROUNDS.
 PLENDRA_CHILD_SCENARIO("chooseForegroundNoPicture")
 {
-    auto window = openChildWindow();
-    if (!window)
+    const DroppedOnForegrounds dropped;
+    if (!dropped.window)
         return;
-    QListWidget* list = widgettest::WindowWidgets(*window).listWidget;
-    const QString path = qEnvironmentVariable(kPathVariable);
-    dropUrls(list->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10));
-    const int row = rowOf(list, path);
-    if (row < 0)
+    if (dropped.row < 0)
         return childReport(QStringLiteral("not listed"));
     childReport(QStringLiteral("listed"));
-    widgettest::clickRow(list, row);
+    widgettest::clickRow(dropped.list, dropped.row);
     childReport(QStringLiteral("click returned"));
 }
 
@@ -114,13 +126,11 @@ PLENDRA_CHILD_SCENARIO("withoutReadPermission")
 
 
 
-class TestHostileSelect : public QObject
+class TestHostileSelect : public LoggedHostileIntakeTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void fileGoneBeforeChoosingItUnderForegrounds();
     void fileGoneBeforeChoosingItUnderBackgrounds();
     void withoutReadPermission_data();
@@ -131,48 +141,28 @@ private slots:
     void chooseEachUnderBackgrounds();
 };
 
-void TestHostileSelect::init()
-{
-    // main() opens the log in the real program; the change handler writes to it.
-    MyGlobal::log.close();
-    QVERIFY(MyGlobal::log.open(QIODevice::WriteOnly));
-}
-
-void TestHostileSelect::cleanup()
-{
-    MyGlobal::log.close();
-    widgettest::resetGlobals();
-}
-
 void TestHostileSelect::fileGoneBeforeChoosingItUnderForegrounds()
 {
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     const QString gone = c.root() + QStringLiteral("/gone.jpg");
     QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), gone));
     c.takeSnapshots();
-    QProcessEnvironment env = c.childEnvironment();
-    env.insert(QLatin1String(kPathVariable), gone);
-    const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("clickFileGoneBeforeLoading"), env);
-    const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-    QVERIFY2(why.isEmpty(), qPrintable(why));
-    QCOMPARE(childReports(run), QStringList({"window open", "removed once listed"}));
-    QCOMPARE(c.unexpectedChanges({QStringLiteral("gone.jpg")}), QStringList());
+    allowChanges({QStringLiteral("gone.jpg")}); // it goes
+    const testsupport::ChildRun run = c.runChild(QStringLiteral("clickFileGoneBeforeLoading"), gone);
+    checkStoppedAtRefresh(run, {"window open", "removed once listed"});
 }
 
 void TestHostileSelect::fileGoneBeforeChoosingItUnderBackgrounds()
 {
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     const QString gone = c.root() + QStringLiteral("/gone.jpg");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(160, 120, 3), gone));
     c.takeSnapshots();
+    allowChanges({QStringLiteral("gone.jpg")}); // it goes
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
-    QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(gone)}, QPoint(10, 10)));
-    const int row = rowOf(ui->listWidget_Bk, gone);
+    const auto [d, ui] = widgettest::windowParts(*window);
+    const int row = dropAndFindRow(ui->listWidget_Bk, gone);
     QVERIFY(row >= 0);
     QVERIFY(hasThumbnail(ui->listWidget_Bk, row));
     QVERIFY(QFile::remove(gone));
@@ -182,8 +172,6 @@ void TestHostileSelect::fileGoneBeforeChoosingItUnderBackgrounds()
     QVERIFY(DialogTestAccess::background(d).isNull());
     QVERIFY(!widgettest::previewRedrawnSinceMark(d));
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), QImage(c.appDir() + QStringLiteral("/1green.JPG"))));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges({QStringLiteral("gone.jpg")}), QStringList());
 }
 
 void TestHostileSelect::withoutReadPermission_data()
@@ -212,13 +200,10 @@ void TestHostileSelect::withoutReadPermission()
     QFETCH(QString, route);
     QFETCH(bool, stops);
     QFETCH(QStringList, reports);
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     const QString folder = c.root() + QStringLiteral("/locked");
     const QString locked = folder + QStringLiteral("/locked.jpg"), older = folder + QStringLiteral("/older.jpg");
-    QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), older));
-    QVERIFY(testsupport::writeImage(testsupport::studioShot(120, 90, QColor(40, 70, 200), 4), locked));
-    QVERIFY(setModified(older, minutesIn(0)) && setModified(locked, minutesIn(5)));
+    QVERIFY(writeOlderAndNewer(older, locked));
     QVERIFY(QFile::setPermissions(locked, QFileDevice::WriteOwner));
     c.takeSnapshots();
 
@@ -230,75 +215,54 @@ void TestHostileSelect::withoutReadPermission()
     QVERIFY2(why.isEmpty(), qPrintable(why));
     QCOMPARE(childReports(run), reports);
     QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner));
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 void TestHostileSelect::chooseEachUnderForegrounds()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
-    const QString path = c.entry(index).path;
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
+    const QString path = entry.path;
     c.takeSnapshots();
-    if (HostileKind(kind) != HostileKind::Image) {
-        QProcessEnvironment env = c.childEnvironment();
-        env.insert(QLatin1String(kPathVariable), path);
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("chooseForegroundNoPicture"), env);
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList({"window open", "listed"}));
+    if (entry.kind != HostileKind::Image) {
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("chooseForegroundNoPicture"), path);
+        checkStoppedAtRefresh(run, {"window open", "listed"});
     } else {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Dialog& d = *window;
-        const widgettest::WindowWidgets ui(d);
-        QVERIFY(dropUrls(ui->listWidget->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
-        const int row = rowOf(ui->listWidget, path);
+        const auto [d, ui] = widgettest::windowParts(*window);
+        const int row = dropAndFindRow(ui->listWidget, path);
         QVERIFY(row >= 0);
         widgettest::pressPreview(d, 15, 15);
         QCOMPARE(MyGlobal::xyClicked, QPoint(15, 15));
         widgettest::clickRow(ui->listWidget, row);
-        const QImage photo(path);
-        QCOMPARE(MyGlobal::CurSelection, path);
         QCOMPARE(widgettest::selectedTexts(ui->listWidget), QStringList({path}));
         QCOMPARE(MyGlobal::xyClicked, QPoint(0, 0));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
-        QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+        checkPhotoChosen(d, path);
     }
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 void TestHostileSelect::chooseEachUnderBackgrounds()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
-    const QString path = c.entry(index).path;
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
+    const QString path = entry.path;
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = widgettest::windowParts(*window);
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
-    QVERIFY(dropUrls(ui->listWidget_Bk->viewport(), {QUrl::fromLocalFile(path)}, QPoint(10, 10)));
-    const int row = rowOf(ui->listWidget_Bk, path);
+    const int row = dropAndFindRow(ui->listWidget_Bk, path);
     QVERIFY(row >= 0);
     widgettest::markPreview(d);
     widgettest::clickRow(ui->listWidget_Bk, row);
     QCOMPARE(MyGlobal::CurSelectionBk, path);
     QCOMPARE(widgettest::selectedTexts(ui->listWidget_Bk), QStringList({path}));
-    if (HostileKind(kind) == HostileKind::Image)
+    if (entry.kind == HostileKind::Image)
         QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
     else
         QVERIFY(DialogTestAccess::background(d).isNull());
     QVERIFY(!widgettest::previewRedrawnSinceMark(d));
-    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
+    checkPhotoShown(d, photo);
 }
 
 

@@ -17,19 +17,14 @@
 using namespace hostiletest;
 using namespace widgettest;
 using testsupport::HostileKind;
-using widgettest::itemTexts;
 
 namespace {
 
-// What the preview shows of a photo: the image as a pixmap would hold it.
-QImage asShown(const QImage& image)
+// Takes the backgrounds out of the case's sample folder, leaving "Bkg" empty.
+bool emptyBackgroundFolder(const HostileCase& c)
 {
-    return QPixmap::fromImage(image).toImage();
-}
-
-QImage fittedTo(const QImage& background, const QSize& size)
-{
-    return background.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    QDir bkg(c.appDir() + QStringLiteral("/Bkg"));
+    return bkg.removeRecursively() && QDir().mkpath(bkg.path());
 }
 
 bool endsAsBackground(const QString& name)
@@ -57,13 +52,11 @@ PLENDRA_CHILD_SCENARIO("clickHostileSecondSample")
     childReport(QStringLiteral("click returned"));
 }
 
-class TestHostileStartup : public QObject
+class TestHostileStartup : public HostileIntakeTestCase
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { widgettest::resetGlobals(); }
-
     void hostileFirstSample_data() { addCorpusRows(); }
     void hostileFirstSample();
     void hostileSecondSampleThenChosen_data() { addCorpusRows(); }
@@ -80,17 +73,15 @@ private slots:
 // while the window is built) stops on "!pix.isNull()".
 void TestHostileStartup::hostileFirstSample()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
     const QString first = c.appDir() + QStringLiteral("/1green.JPG");
     const QString second = c.appDir() + QStringLiteral("/blue1.JPG");
     QVERIFY(QFile::remove(first));
-    QVERIFY(placeEntry(c.entry(index), first));
+    QVERIFY(placeEntry(entry, first));
     c.takeSnapshots();
 
-    if (HostileKind(kind) == HostileKind::Image) {
+    if (entry.kind == HostileKind::Image) {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
         const widgettest::WindowWidgets ui(*window);
@@ -100,19 +91,15 @@ void TestHostileStartup::hostileFirstSample()
         QCOMPARE(MyGlobal::CurSelection, first);
         const QImage photo(first);
         QVERIFY(!photo.isNull());
-        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
+        checkPhotoShown(*window, photo);
         QVERIFY(!widgettest::shownPixmap(DialogTestAccess::scene(*window)).isNull());
         QCOMPARE(MyGlobal::CurSelectionBk, c.appDir() + QStringLiteral("/Bkg/a.jpg"));
         QVERIFY(testsupport::samePixels(DialogTestAccess::background(*window),
                                        fittedTo(QImage(c.appDir() + QStringLiteral("/Bkg/a.jpg")), photo.size())));
     } else {
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("hostileFirstSample"), c.childEnvironment());
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList());
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("hostileFirstSample"));
+        checkStoppedAtRefresh(run, {});
     }
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome: the second sample never stops the start: it is listed
@@ -122,14 +109,12 @@ void TestHostileStartup::hostileFirstSample()
 // null too).
 void TestHostileStartup::hostileSecondSampleThenChosen()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
     const QString first = c.appDir() + QStringLiteral("/1green.JPG");
     const QString second = c.appDir() + QStringLiteral("/blue1.JPG");
     QVERIFY(QFile::remove(second));
-    QVERIFY(placeEntry(c.entry(index), second));
+    QVERIFY(placeEntry(entry, second));
     c.takeSnapshots();
 
     {
@@ -137,27 +122,20 @@ void TestHostileStartup::hostileSecondSampleThenChosen()
         QVERIFY(window);
         const widgettest::WindowWidgets ui(*window);
         QCOMPARE(itemTexts(ui->listWidget), QStringList({first, second}));
-        QCOMPARE(hasThumbnail(ui->listWidget, 1), HostileKind(kind) == HostileKind::Image);
+        QCOMPARE(hasThumbnail(ui->listWidget, 1), entry.kind == HostileKind::Image);
         QCOMPARE(MyGlobal::CurSelection, first);
         QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), QImage(first)));
 
-        if (HostileKind(kind) == HostileKind::Image) {
+        if (entry.kind == HostileKind::Image) {
             widgettest::clickRow(ui->listWidget, 1);
-            const QImage photo(second);
-            QCOMPARE(MyGlobal::CurSelection, second);
             QCOMPARE(widgettest::selectedTexts(ui->listWidget), QStringList({second}));
-            QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
-            QVERIFY(testsupport::samePixels(DialogTestAccess::preview(*window).toImage(), asShown(photo)));
-            QCOMPARE(DialogTestAccess::background(*window).size(), photo.size());
+            checkPhotoChosen(*window, second);
         }
     }
-    if (HostileKind(kind) != HostileKind::Image) {
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("clickHostileSecondSample"), c.childEnvironment());
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList({"window open"}));
+    if (entry.kind != HostileKind::Image) {
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("clickHostileSecondSample"));
+        checkStoppedAtRefresh(run, {"window open"});
     }
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome: "Bkg" lists every entry whose name ends in ".png" or
@@ -167,9 +145,8 @@ void TestHostileStartup::hostileSecondSampleThenChosen()
 // The first listed becomes the background, fitted to the first sample.
 void TestHostileStartup::bkgHoldingTheWholeCorpus()
 {
-    HostileCase c(false);
-    QVERIFY(c.ok());
-    QVERIFY(testsupport::makeSampleFolder(c.appDir(), {}));
+    HostileCase& c = hostileCase();
+    QVERIFY(emptyBackgroundFolder(c));
     const QString bkg = c.appDir() + QStringLiteral("/Bkg");
     QMap<QString, bool> readable; // listed name -> has a picture
     for (const testsupport::HostileEntry& entry : c.corpus()) {
@@ -204,8 +181,6 @@ void TestHostileStartup::bkgHoldingTheWholeCorpus()
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
     QVERIFY(testsupport::samePixels(DialogTestAccess::background(*window), fittedTo(QImage(expected.first()), photo.size())));
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), photo));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome: a hostile picture alone in "Bkg" (under a .png or .jpg
@@ -216,12 +191,9 @@ void TestHostileStartup::bkgHoldingTheWholeCorpus()
 // before.
 void TestHostileStartup::hostileFirstBackgroundThenChosen()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c(false);
-    QVERIFY(c.ok());
-    QVERIFY(testsupport::makeSampleFolder(c.appDir(), {}));
-    const testsupport::HostileEntry entry = c.entry(index);
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
+    QVERIFY(emptyBackgroundFolder(c));
     QString name = QFileInfo(entry.path).fileName();
     if (!endsAsBackground(name))
         name += QStringLiteral(".png");
@@ -231,18 +203,16 @@ void TestHostileStartup::hostileFirstBackgroundThenChosen()
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = widgettest::windowParts(*window);
     const QImage photo(c.appDir() + QStringLiteral("/1green.JPG"));
-    const bool picture = HostileKind(kind) == HostileKind::Image;
+    const bool picture = entry.kind == HostileKind::Image;
     QCOMPARE(itemTexts(ui->listWidget_Bk), QStringList({path}));
     QCOMPARE(hasThumbnail(ui->listWidget_Bk, 0), picture);
     QCOMPARE(MyGlobal::CurSelectionBk, path);
     QCOMPARE(DialogTestAccess::background(d).isNull(), !picture);
     if (picture)
         QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), fittedTo(QImage(path), photo.size())));
-    QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-    QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+    checkPhotoShown(d, photo);
 
     const QImage backgroundBefore = DialogTestAccess::background(d);
     widgettest::markPreview(d);
@@ -253,16 +223,13 @@ void TestHostileStartup::hostileFirstBackgroundThenChosen()
     QCOMPARE(DialogTestAccess::background(d).isNull(), !picture);
     QVERIFY(testsupport::samePixels(DialogTestAccess::background(d), backgroundBefore));
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 // Designed outcome: without "Bkg" the window opens with an empty BACKGROUNDS
 // list, a null background and no background path, and shows the first sample.
 void TestHostileStartup::missingBkgFolder()
 {
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     QVERIFY(QDir(c.appDir() + QStringLiteral("/Bkg")).removeRecursively());
     c.takeSnapshots();
     auto window = openWindow(c.appDir());
@@ -272,8 +239,6 @@ void TestHostileStartup::missingBkgFolder()
     QVERIFY(DialogTestAccess::background(*window).isNull());
     QVERIFY(MyGlobal::CurSelectionBk.isEmpty());
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(*window), QImage(c.appDir() + QStringLiteral("/1green.JPG"))));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 PLENDRA_TEST_MAIN(TestHostileStartup)

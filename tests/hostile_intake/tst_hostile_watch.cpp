@@ -25,7 +25,6 @@
 using namespace hostiletest;
 using namespace widgettest;
 using testsupport::HostileKind;
-using widgettest::itemTexts;
 
 // The hot folder's scan with a newest file that is no picture.
 PLENDRA_CHILD_SCENARIO("scanNewestNoPicture")
@@ -67,13 +66,11 @@ PLENDRA_CHILD_SCENARIO("scanFileGoneBeforeLoading")
 }
 
 
-class TestHostileWatch : public QObject
+class TestHostileWatch : public LoggedHostileIntakeTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void hotFolderHoldingTheCorpus_data() { addCorpusRows(); }
     void hotFolderHoldingTheCorpus();
     void hostileFileWrittenWhileWatched_data() { addCorpusRows(); }
@@ -82,51 +79,31 @@ private slots:
     void fileGoneBetweenTheScanAndLoading();
 };
 
-void TestHostileWatch::init()
-{
-    // main() opens the log in the real program; the change handler writes to it.
-    MyGlobal::log.close();
-    QVERIFY(MyGlobal::log.open(QIODevice::WriteOnly));
-}
-
-void TestHostileWatch::cleanup()
-{
-    MyGlobal::log.close();
-    widgettest::resetGlobals();
-}
-
 void TestHostileWatch::hotFolderHoldingTheCorpus()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
     const QString hot = c.corpusDir();
     bool ok = true;
-    const QString newestName = QFileInfo(c.entry(index).path).fileName();
+    const QString newestName = QFileInfo(entry.path).fileName();
     const QStringList names = orderByTime(c, hot, newestName, &ok);
     QVERIFY(ok);
     QVERIFY(!names.contains(QStringLiteral("x.jpg")) && !names.contains(QStringLiteral("album_png")));
     const QString newest = hot + QLatin1Char('/') + names.last();
     const bool newestIsPicture = QImage(newest).isNull() == false;
-    QCOMPARE(newestIsPicture, HostileKind(kind) != HostileKind::Unreadable);
+    QCOMPARE(newestIsPicture, entry.kind != HostileKind::Unreadable);
     c.takeSnapshots();
 
     if (!newestIsPicture) {
-        QProcessEnvironment env = c.childEnvironment();
-        env.insert(QLatin1String(kPathVariable), hot);
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("scanNewestNoPicture"), env);
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("scanNewestNoPicture"), hot);
         QStringList expected({"window open"});
         for (const QString& name : names)
             expected << QStringLiteral("listed ") + name;
-        QCOMPARE(childReports(run), expected);
+        checkStoppedAtRefresh(run, expected);
     } else {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Dialog& d = *window;
-        const widgettest::WindowWidgets ui(d);
+        const auto [d, ui] = widgettest::windowParts(*window);
         const QStringList before = itemTexts(ui->listWidget);
         QVERIFY(choosePresetFolder(d, hot));
         QStringList expected = before;
@@ -138,22 +115,14 @@ void TestHostileWatch::hotFolderHoldingTheCorpus()
                      qPrintable(names.at(i)));
         QCOMPARE(ui->listWidget->currentRow(), expected.size() - 1);
         QCOMPARE(widgettest::selectedTexts(ui->listWidget), QStringList({newest}));
-        QCOMPARE(MyGlobal::CurSelection, newest);
-        const QImage photo(newest);
-        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
-        QCOMPARE(DialogTestAccess::background(d).size(), photo.size());
+        checkPhotoChosen(d, newest);
     }
-    QCOMPARE(c.unexpectedChanges(), QStringList());
 }
 
 void TestHostileWatch::hostileFileWrittenWhileWatched()
 {
-    QFETCH(int, index);
-    QFETCH(int, kind);
-    HostileCase c;
-    QVERIFY(c.ok());
-    const testsupport::HostileEntry entry = c.entry(index);
+    HostileCase& c = hostileCase();
+    const testsupport::HostileEntry entry = rowEntry();
     const QString name = QFileInfo(entry.path).fileName();
     const QString hot = c.root() + QStringLiteral("/hot"), staging = c.root() + QStringLiteral("/staging");
     const QString older = hot + QStringLiteral("/older.jpg");
@@ -162,29 +131,23 @@ void TestHostileWatch::hostileFileWrittenWhileWatched()
     QVERIFY(setModified(older, minutesIn(0)));
     const QString staged = staging + QLatin1Char('/') + name, arrived = hot + QLatin1Char('/') + name;
     QVERIFY(placeEntry(entry, staged));
-    if (HostileKind(kind) != HostileKind::Folder)
+    if (entry.kind != HostileKind::Folder)
         QVERIFY(setModified(staged, minutesIn(10)));
     c.takeSnapshots();
     // The move is the test's own doing; the file must arrive unchanged.
-    QStringList moved({QStringLiteral("hot/") + name, QStringLiteral("staging/") + name});
+    allowChanges({QStringLiteral("hot/") + name, QStringLiteral("staging/") + name});
 
-    if (HostileKind(kind) == HostileKind::Unreadable) {
-        QProcessEnvironment env = c.childEnvironment();
-        env.insert(QLatin1String(kPathVariable), hot);
-        env.insert(QLatin1String(kSecondPathVariable), staged);
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("writtenWhileWatchedNoPicture"), env);
-        const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-        QVERIFY2(why.isEmpty(), qPrintable(why));
-        QCOMPARE(childReports(run), QStringList({"window open", "watching"}));
+    if (entry.kind == HostileKind::Unreadable) {
+        const testsupport::ChildRun run = c.runChild(QStringLiteral("writtenWhileWatchedNoPicture"), hot, staged);
+        checkStoppedAtRefresh(run, {"window open", "watching"});
     } else {
         auto window = openWindow(c.appDir());
         QVERIFY(window);
-        Dialog& d = *window;
-        const widgettest::WindowWidgets ui(d);
+        const auto [d, ui] = widgettest::windowParts(*window);
         QVERIFY(choosePresetFolder(d, hot));
         const QStringList before = itemTexts(ui->listWidget);
         QCOMPARE(before.last(), older);
-        const QString expected = HostileKind(kind) == HostileKind::Folder ? older : arrived;
+        const QString expected = entry.kind == HostileKind::Folder ? older : arrived;
         QVERIFY(QFile::rename(staged, arrived));
         QTRY_COMPARE_WITH_TIMEOUT(itemTexts(ui->listWidget).size(), before.size() + 1, kWatchTimeoutMs);
         QTest::qWait(200); // one move, one notification
@@ -192,20 +155,17 @@ void TestHostileWatch::hostileFileWrittenWhileWatched()
         QVERIFY(readLog().contains(QStringLiteral("Directory Changed...") + hot + QLatin1Char('\n')));
         QCOMPARE(MyGlobal::CurSelection, expected);
         const QImage photo(expected);
-        QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
-        QVERIFY(testsupport::samePixels(DialogTestAccess::preview(d).toImage(), asShown(photo)));
+        checkPhotoShown(d, photo);
     }
-    if (HostileKind(kind) != HostileKind::Folder) {
+    if (entry.kind != HostileKind::Folder) {
         QVERIFY(QFileInfo(arrived).isFile());
         QCOMPARE(testsupport::fileBytes(arrived), testsupport::fileBytes(entry.path));
     }
-    QCOMPARE(c.unexpectedChanges(moved), QStringList());
 }
 
 void TestHostileWatch::hotFolderDeletedWhileWatched()
 {
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     const QString hot = c.corpusDir();
     bool ok = true;
     orderByTime(c, hot, QStringLiteral("alpha.png"), &ok);
@@ -214,11 +174,11 @@ void TestHostileWatch::hotFolderDeletedWhileWatched()
     QStringList deleted({QStringLiteral("corpus")});
     for (const testsupport::HostileEntry& entry : c.corpus())
         deleted << QStringLiteral("corpus/") + QFileInfo(entry.path).fileName();
+    allowChanges(deleted);
 
     auto window = openWindow(c.appDir());
     QVERIFY(window);
-    Dialog& d = *window;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = widgettest::windowParts(*window);
     QVERIFY(choosePresetFolder(d, hot));
     const QStringList listed = itemTexts(ui->listWidget);
     const QImage photo = DialogTestAccess::foreground(d);
@@ -232,30 +192,20 @@ void TestHostileWatch::hotFolderDeletedWhileWatched()
     QCOMPARE(MyGlobal::CurSelection, hot + QStringLiteral("/alpha.png"));
     QVERIFY(testsupport::samePixels(DialogTestAccess::foreground(d), photo));
     QVERIFY(!widgettest::previewRedrawnSinceMark(d));
-    window.reset();
-    QCOMPARE(c.unexpectedChanges(deleted), QStringList());
 }
 
 void TestHostileWatch::fileGoneBetweenTheScanAndLoading()
 {
-    HostileCase c;
-    QVERIFY(c.ok());
+    HostileCase& c = hostileCase();
     const QString hot = c.root() + QStringLiteral("/hot");
     const QString older = hot + QStringLiteral("/older.jpg"), newest = hot + QStringLiteral("/newest.png");
-    QVERIFY(testsupport::writeImage(testsupport::studioShot(160, 120, QColor(40, 180, 60), 3), older));
-    QVERIFY(testsupport::writeImage(testsupport::studioShot(120, 90, QColor(40, 70, 200), 4), newest));
-    QVERIFY(setModified(older, minutesIn(0)) && setModified(newest, minutesIn(5)));
+    QVERIFY(writeOlderAndNewer(older, newest));
     c.takeSnapshots();
+    allowChanges({QStringLiteral("hot/newest.png")}); // it goes
 
-    QProcessEnvironment env = c.childEnvironment();
-    env.insert(QLatin1String(kPathVariable), hot);
-    env.insert(QLatin1String(kSecondPathVariable), newest);
-    const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("scanFileGoneBeforeLoading"), env);
-    const QString why = stoppedOnlyBy(run, refreshAssertionPattern());
-    QVERIFY2(why.isEmpty(), qPrintable(why));
-    QCOMPARE(childReports(run), QStringList({"window open", "removed once listed"}));
+    const testsupport::ChildRun run = c.runChild(QStringLiteral("scanFileGoneBeforeLoading"), hot, newest);
+    checkStoppedAtRefresh(run, {"window open", "removed once listed"});
     QVERIFY(!QFile::exists(newest));
-    QCOMPARE(c.unexpectedChanges({QStringLiteral("hot/newest.png")}), QStringList());
 }
 
 PLENDRA_TEST_MAIN(TestHostileWatch)

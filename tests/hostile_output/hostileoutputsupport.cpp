@@ -2,6 +2,7 @@
 #include "tests/hostile_output/hostileoutputsupport.h"
 
 #include "tests/keying/keyingoracle.h"
+#include "tests/support/testsupport.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -39,17 +40,8 @@ QByteArray formatForSuffix(const QString& fileName)
 
 QString assertionLine(const QString& sourceFile, const QString& condition)
 {
-    QFile source(QStringLiteral(PLENDRA_SOURCE_DIR "/") + sourceFile);
-    if (!source.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QString();
-    const QString call = QStringLiteral("PLENDRA_ASSERT(\"dialog\", ") + condition + QStringLiteral(");");
-    int number = 0;
-    while (!source.atEnd()) {
-        ++number;
-        if (QString::fromUtf8(source.readLine()).contains(call))
-            return QStringLiteral("dialog:%1: failed assertion `%2'").arg(number).arg(condition);
-    }
-    return QString();
+    const int line = testsupport::sourceLineOf(sourceFile, QStringLiteral("PLENDRA_ASSERT(\"dialog\", ") + condition + QStringLiteral(");"));
+    return line > 0 ? QStringLiteral("dialog:%1: failed assertion `%2'").arg(line).arg(condition) : QString();
 }
 
 QStringList sanitizerReports(const QByteArray& standardError)

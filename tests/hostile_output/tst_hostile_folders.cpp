@@ -5,6 +5,7 @@
 #include "state/imagelimits.h"
 #include "output/outputfolder.h"
 #include "mainwindow/dialog.h"
+#include "tests/hostile_output/hostileoutputcase.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
 #include "tests/fixture/windowfixture.h"
 #include "tests/support/foldertree.h"
@@ -66,11 +67,8 @@ QList<QStringList> openerCallsFor(const QString& folder, const QString& target)
 // first proves that the folder really refuses it, then saves.
 PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 {
-    allowLargePhotos();
-    widgettest::resetGlobals();
-    MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
-    MyGlobal::outputDir = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
-    QFile probe(MyGlobal::outputDir + QStringLiteral("/probe"));
+    const QString output = qEnvironmentVariable("PLENDRA_HOSTILE_OUTPUT");
+    QFile probe(output + QStringLiteral("/probe"));
     if (probe.open(QIODevice::WriteOnly)) {
         probe.close();
         probe.remove();
@@ -79,9 +77,9 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
         std::puts("probe refused");
     }
     std::fflush(stdout);
-    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-    QVERIFY(dFixture.ok());
-    Dialog& d = *dFixture.dialog;
+    const auto window = openChildWindow(output);
+    QVERIFY(window->ok());
+    Dialog& d = *window->dialog;
     pressPreview(d, kBackdrop);
     QTest::mouseClick(widgettest::WindowWidgets(d).Run, Qt::LeftButton);
     std::puts(QFileInfo::exists(MyGlobal::outputDir + QStringLiteral("/1green.JPG")) ? "target written" : "target absent");
@@ -92,13 +90,9 @@ PLENDRA_CHILD_SCENARIO("save-into-read-only-folder")
 // size assertion.
 PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
 {
-    allowLargePhotos();
-    widgettest::resetGlobals();
-    MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
-    MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-    QVERIFY(dFixture.ok());
-    Dialog& d = *dFixture.dialog;
+    const auto window = openChildWindow();
+    QVERIFY(window->ok());
+    Dialog& d = *window->dialog;
     std::printf("backgrounds %d, null %d\n", int(widgettest::WindowWidgets(d).listWidget_Bk->count()),
                 int(DialogTestAccess::background(d).isNull()));
     std::fflush(stdout);
@@ -106,61 +100,23 @@ PLENDRA_CHILD_SCENARIO("key-click-without-backgrounds")
     std::puts("survived the click");
 }
 
-class HostileFoldersTest : public QObject
+class HostileFoldersTest : public HostileOutputTestCase
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_root;
-    QTemporaryDir m_childTmp;
-    QString m_samples;
     QString m_noBkgSamples;
-    QMap<QString, QByteArray> m_inputs;
-    testsupport::RecordingOpener m_opener;
-    QString m_home;
-    QString m_output;
-    QMap<QString, QByteArray> m_homeAtStart;
 
-    QStringList homeChanges() const
+    // A sample folder without "Bkg", beside the samples.
+    void addInputs() override
     {
-        return testsupport::treeDifferences(m_homeAtStart, testsupport::snapshotTree(m_home));
-    }
-
-private slots:
-    void initTestCase()
-    {
-        allowLargePhotos();
-        m_home = QDir::homePath();
-        QVERIFY(m_home.startsWith(QDir::tempPath()));
-        QVERIFY(m_root.isValid());
-        QVERIFY(m_childTmp.isValid());
-        m_samples = m_root.path() + QStringLiteral("/samples");
-        QVERIFY(testsupport::makeSampleFolder(m_samples));
         m_noBkgSamples = m_root.path() + QStringLiteral("/without-bkg");
         QVERIFY(testsupport::makeSampleFolder(m_noBkgSamples, {}));
         QVERIFY(QDir(m_noBkgSamples + QStringLiteral("/Bkg")).removeRecursively());
         QVERIFY(!QFileInfo::exists(m_noBkgSamples + QStringLiteral("/Bkg")));
-        m_inputs = testsupport::snapshotTree(m_root.path());
-        QVERIFY(m_opener.isValid());
-        m_opener.putFirstOnPath();
     }
 
-    void init()
-    {
-        m_output = testsupport::emptyHomeWithOutputFolder(m_home);
-        QVERIFY(!m_output.isEmpty());
-        widgettest::resetGlobals();
-        MyGlobal::appDir = m_samples;
-        MyGlobal::outputDir = m_output;
-        m_opener.forgetCalls();
-        m_homeAtStart = testsupport::snapshotTree(m_home);
-    }
-
-    void cleanup()
-    {
-        QCOMPARE(testsupport::treeDifferences(m_inputs, testsupport::snapshotTree(m_root.path())), QStringList());
-    }
-
+private slots:
     // Designed outcome: start-up makes "Documents" and "Plendra" in it, and
     // the output folder is that "Plendra" folder; nothing else is made.
     void homeWithoutDocuments()
@@ -222,14 +178,9 @@ private slots:
     {
         QVERIFY(QFile::setPermissions(m_output, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup
                                                       | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
-        QTemporaryDir childTmp(m_childTmp.path() + QStringLiteral("/run-XXXXXX"));
-        QVERIFY(childTmp.isValid());
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("PLENDRA_HOSTILE_SAMPLES"), m_samples);
         env.insert(QStringLiteral("PLENDRA_HOSTILE_OUTPUT"), m_output);
-        env.insert(QStringLiteral("TMPDIR"), childTmp.path());
-        const testsupport::ChildRun run =
-            testsupport::runChildScenarioWithoutFileOverrides(QStringLiteral("save-into-read-only-folder"), env);
+        const testsupport::ChildRun run = runChild(QStringLiteral("save-into-read-only-folder"), env, nullptr, true);
         QVERIFY(QFile::setPermissions(m_output, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 
         QVERIFY(run.started);
@@ -270,8 +221,7 @@ private slots:
         MyGlobal::appDir = m_noBkgSamples;
         widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
-        const widgettest::WindowWidgets ui(d);
+        const auto [d, ui] = dFixture.parts();
         QCOMPARE(ui->listWidget_Bk->count(), 0);
         QVERIFY(DialogTestAccess::background(d).isNull());
         QVERIFY(MyGlobal::CurSelectionBk.isEmpty());
@@ -293,23 +243,12 @@ private slots:
     {
         const QString expected = assertionLine(QStringLiteral("mainwindow/dialog_keying.cpp"), kSizeCondition);
         QVERIFY(!expected.isEmpty());
-        QTemporaryDir childTmp(m_childTmp.path() + QStringLiteral("/run-XXXXXX"));
-        QVERIFY(childTmp.isValid());
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("PLENDRA_HOSTILE_SAMPLES"), m_noBkgSamples);
-        env.insert(QStringLiteral("TMPDIR"), childTmp.path());
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("key-click-without-backgrounds"), env);
-        QVERIFY(run.started);
+        QStringList filesLeft;
+        const testsupport::ChildRun run = runChild(QStringLiteral("key-click-without-backgrounds"), env, &filesLeft);
+        checkStoppedOn(run, expected, filesLeft);
         QVERIFY2(run.standardOutput.contains("backgrounds 0, null 1"), run.standardOutput.constData());
-        QVERIFY2(!run.standardOutput.contains("survived"), run.standardOutput.constData());
-        QVERIFY(run.crashed);
-        const QString err = QString::fromLocal8Bit(run.standardError);
-        QCOMPARE(err.count(QStringLiteral("failed assertion")), 1);
-        QVERIFY2(err.endsWith(expected + QLatin1Char('\n')), qPrintable(err));
-        QCOMPARE(sanitizerReports(run.standardError), QStringList());
-        const QMap<QString, QByteArray> left = testsupport::snapshotTree(childTmp.path());
-        for (auto it = left.cbegin(); it != left.cend(); ++it)
-            QVERIFY2(it.value() == "folder", qPrintable(it.key()));
         QCOMPARE(homeChanges(), QStringList());
     }
 };

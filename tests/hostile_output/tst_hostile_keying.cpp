@@ -6,6 +6,7 @@
 #include "state/globals.h"
 #include "state/imagelimits.h"
 #include "mainwindow/dialog.h"
+#include "tests/hostile_output/hostileoutputcase.h"
 #include "tests/hostile_output/hostileoutputsupport.h"
 #include "tests/fixture/windowfixture.h"
 #include "tests/support/foldertree.h"
@@ -52,13 +53,9 @@ QImage asPreview(const QImage& image) { return QPixmap::fromImage(image).toImage
 // Paths come from the parent through the environment.
 PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
 {
-    allowLargePhotos();
-    widgettest::resetGlobals();
-    MyGlobal::appDir = qEnvironmentVariable("PLENDRA_HOSTILE_SAMPLES");
-    MyGlobal::outputDir = QDir::homePath() + QStringLiteral("/Documents/Plendra");
-    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-    QVERIFY(dFixture.ok());
-    Dialog& d = *dFixture.dialog;
+    const auto window = openChildWindow();
+    QVERIFY(window->ok());
+    Dialog& d = *window->dialog;
     if (!QTest::qWaitForWindowExposed(&d))
         std::fputs("window not exposed\n", stdout);
     pressPreview(d, kBackdrop);
@@ -70,22 +67,21 @@ PLENDRA_CHILD_SCENARIO("unreadable-background-after-key-point")
     std::puts("survived the click");
 }
 
-class HostileKeyingTest : public QObject
+class HostileKeyingTest : public HostileOutputTestCase
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_root;     // samples and corpus: the input files
-    QTemporaryDir m_childTmp; // temporary folders of child processes
-    QString m_samples;
     QList<HostileEntry> m_corpus;
-    QMap<QString, QByteArray> m_inputs;
-    testsupport::RecordingOpener m_opener;
-    QString m_home;
-    QString m_output;
-    QMap<QString, QByteArray> m_homeAtStart;
 
-    QString sample(const QString& name) const { return m_samples + QLatin1Char('/') + name; }
+    // The corpus, beside the samples.
+    void addInputs() override
+    {
+        bool ok = false;
+        m_corpus = testsupport::makeHostileCorpus(m_root.path() + QStringLiteral("/corpus"), &ok);
+        QVERIFY(ok);
+        QVERIFY(!testsupport::entriesOfKind(m_corpus, HostileKind::Image).isEmpty());
+    }
 
     void addRows(const QList<HostileEntry>& entries)
     {
@@ -102,59 +98,7 @@ private:
 
     static QSize viewSize(Dialog& d) { return widgettest::WindowWidgets(d).graphicsView->size(); }
 
-    // The window shown on the offscreen screen, so that list rows have places.
-    static bool showWindow(Dialog& d)
-    {
-        d.show();
-        return QTest::qWaitForWindowExposed(&d);
-    }
-
-    // Home entries added or changed since init(), besides `allowed`.
-    QStringList unexpectedHomeChanges(const QStringList& allowed = {}) const
-    {
-        QStringList changed = testsupport::treeDifferences(m_homeAtStart, testsupport::snapshotTree(m_home));
-        for (const QString& a : allowed)
-            changed.removeAll(a);
-        return changed;
-    }
-
 private slots:
-    void initTestCase()
-    {
-        allowLargePhotos(); // as the program does at start
-        m_home = QDir::homePath();
-        QVERIFY(m_home.startsWith(QDir::tempPath()));
-        QVERIFY(m_root.isValid());
-        QVERIFY(m_childTmp.isValid());
-        m_samples = m_root.path() + QStringLiteral("/samples");
-        QVERIFY(testsupport::makeSampleFolder(m_samples));
-        bool ok = false;
-        m_corpus = testsupport::makeHostileCorpus(m_root.path() + QStringLiteral("/corpus"), &ok);
-        QVERIFY(ok);
-        QVERIFY(!testsupport::entriesOfKind(m_corpus, HostileKind::Image).isEmpty());
-        m_inputs = testsupport::snapshotTree(m_root.path());
-        QVERIFY(m_opener.isValid());
-        m_opener.putFirstOnPath();
-    }
-
-    void init()
-    {
-        // An empty home holding the output folder that start-up makes.
-        m_output = testsupport::emptyHomeWithOutputFolder(m_home);
-        QVERIFY(!m_output.isEmpty());
-        widgettest::resetGlobals();
-        MyGlobal::appDir = m_samples;
-        MyGlobal::outputDir = m_output;
-        m_opener.forgetCalls();
-        m_homeAtStart = testsupport::snapshotTree(m_home);
-    }
-
-    void cleanup()
-    {
-        // Input files are only ever read.
-        QCOMPARE(testsupport::treeDifferences(m_inputs, testsupport::snapshotTree(m_root.path())), QStringList());
-    }
-
     // Designed outcome: the photo loads as stored; each press keys it against
     // the background (the composite matches the per-pixel oracle, in the
     // photo's own pixel format, a palette turned into 32-bit); a new background
@@ -165,15 +109,14 @@ private slots:
     void foregroundKeysAndSaves()
     {
         QFETCH(HostileEntry, entry);
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
-        QVERIFY(showWindow(d));
-        const widgettest::WindowWidgets ui(d);
-        QImage& foreground = DialogTestAccess::foreground(d);
-        QImage& background = DialogTestAccess::background(d);
         const QImage stored(entry.path);
         QVERIFY(!stored.isNull());
+        // Shown, so that list rows have places.
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(dFixture.ok());
+        const auto [d, ui] = dFixture.parts();
+        QImage& foreground = DialogTestAccess::foreground(d);
+        QImage& background = DialogTestAccess::background(d);
 
         // Current through the rotation handler, as the watched folder makes a photo current.
         MyGlobal::CurSelection = entry.path;
@@ -241,10 +184,10 @@ private slots:
 
         if (!QImageWriter::supportedImageFormats().contains(format)) {
             // Qt cannot write this format: the save fails without a word.
-            QCOMPARE(unexpectedHomeChanges(), QStringList());
+            QCOMPARE(homeChanges(), QStringList());
             return;
         }
-        QCOMPARE(unexpectedHomeChanges({QStringLiteral("Documents/Plendra/") + name}), QStringList());
+        QCOMPARE(homeChanges({QStringLiteral("Documents/Plendra/") + name}), QStringList());
         QImageReader reader(target);
         QCOMPARE(reader.format(), format);
         const QImage saved = reader.read();
@@ -264,11 +207,9 @@ private slots:
     void oddBackgroundKeys()
     {
         QFETCH(HostileEntry, entry);
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
-        QVERIFY(showWindow(d));
-        const widgettest::WindowWidgets ui(d);
+        const auto [d, ui] = dFixture.parts();
         QImage& foreground = DialogTestAccess::foreground(d);
         const QString photo = sample(QStringLiteral("1green.JPG"));
         const QImage stored(photo);
@@ -305,7 +246,7 @@ private slots:
         clickItem(backgrounds, item);
         QCOMPARE(DialogTestAccess::background(d), fitted);
         QVERIFY(foreground == keyedComposite(photo, fitted, kBackdrop, viewSize(d)));
-        QCOMPARE(unexpectedHomeChanges(), QStringList());
+        QCOMPARE(homeChanges(), QStringList());
     }
 
     // Designed outcome: an unreadable background gets an item with an empty
@@ -316,11 +257,9 @@ private slots:
     void unreadableBackgroundWithoutKeyPoint()
     {
         QFETCH(HostileEntry, entry);
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
+        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
-        QVERIFY(showWindow(d));
-        const widgettest::WindowWidgets ui(d);
+        const auto [d, ui] = dFixture.parts();
         QListWidget* backgrounds = ui->listWidget_Bk;
         const int rowsBefore = backgrounds->count();
         dropFile(backgrounds, entry.path);
@@ -338,7 +277,7 @@ private slots:
 
         QTest::mouseClick(ui->Run, Qt::LeftButton);
         const QString target = m_output + QStringLiteral("/1green.JPG");
-        QCOMPARE(unexpectedHomeChanges({QStringLiteral("Documents/Plendra/1green.JPG")}), QStringList());
+        QCOMPARE(homeChanges({QStringLiteral("Documents/Plendra/1green.JPG")}), QStringList());
         const QImage saved(target);
         QCOMPARE(saved.size(), shownBefore.size());
         QVERIFY(testsupport::meanDifference(saved, shownBefore) < 4.0);
@@ -355,27 +294,13 @@ private slots:
         QFETCH(HostileEntry, entry);
         const QString expected = assertionLine(QStringLiteral("mainwindow/dialog_keying.cpp"), kSizeCondition);
         QVERIFY(!expected.isEmpty());
-        QTemporaryDir childTmp(m_childTmp.path() + QStringLiteral("/run-XXXXXX"));
-        QVERIFY(childTmp.isValid());
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("PLENDRA_HOSTILE_SAMPLES"), m_samples);
         env.insert(QStringLiteral("PLENDRA_HOSTILE_ENTRY"), entry.path);
-        env.insert(QStringLiteral("TMPDIR"), childTmp.path());
-
-        const testsupport::ChildRun run = testsupport::runChildScenario(QStringLiteral("unreadable-background-after-key-point"), env);
-        QVERIFY(run.started);
+        QStringList filesLeft;
+        const testsupport::ChildRun run = runChild(QStringLiteral("unreadable-background-after-key-point"), env, &filesLeft);
+        checkStoppedOn(run, expected, filesLeft);
         QVERIFY2(run.standardOutput.contains("key point 20,20"), run.standardOutput.constData());
-        QVERIFY2(!run.standardOutput.contains("survived"), run.standardOutput.constData());
-        QVERIFY2(run.crashed, run.standardError.constData());
-        const QString err = QString::fromLocal8Bit(run.standardError);
-        QCOMPARE(err.count(QStringLiteral("failed assertion")), 1);
-        QVERIFY2(err.endsWith(expected + QLatin1Char('\n')), qPrintable(err));
-        QCOMPARE(sanitizerReports(run.standardError), QStringList());
-        // The child's own home and temporary files: folders only, no file.
-        const QMap<QString, QByteArray> left = testsupport::snapshotTree(childTmp.path());
-        for (auto it = left.cbegin(); it != left.cend(); ++it)
-            QVERIFY2(it.value() == "folder", qPrintable(it.key()));
-        QCOMPARE(unexpectedHomeChanges(), QStringList());
+        QCOMPARE(homeChanges(), QStringList());
         QCOMPARE(m_opener.calls().size(), 0);
     }
 };

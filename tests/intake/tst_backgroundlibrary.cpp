@@ -41,13 +41,11 @@ QMap<QString, QByteArray> folderContents(const QString& folder)
 
 } // namespace
 
-class TestBackgroundLibrary : public QObject
+class TestBackgroundLibrary : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { widgettest::resetGlobals(); }
-
     void bkgFolderListsPngAndJpgOnlyInNameOrder();
     void addDialogHasTheForegroundCaptionAndFilter();
     void addingTwoBackgroundsMakesTheSecondCurrentWithoutRedraw();
@@ -71,8 +69,7 @@ void TestBackgroundLibrary::bkgFolderListsPngAndJpgOnlyInNameOrder()
     // The window read "Bkg" before c.gif was there; a second window reads it now.
     widgettest::Window againFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
     QVERIFY(againFixture.ok());
-    Dialog& again = *againFixture.dialog;
-    const widgettest::WindowWidgets ui(again);
+    const auto [again, ui] = againFixture.parts();
     QCOMPARE(widgettest::itemTexts(ui->listWidget_Bk), QStringList({w.path("Bkg/A.JPG"), w.path("Bkg/b.png")}));
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/A.JPG"));
     QVERIFY(samePixels(DialogTestAccess::background(again), fitted(w.path("Bkg/A.JPG"), QSize(320, 240))));
@@ -82,24 +79,14 @@ void TestBackgroundLibrary::bkgFolderListsPngAndJpgOnlyInNameOrder()
 
 void TestBackgroundLibrary::addDialogHasTheForegroundCaptionAndFilter()
 {
-    Window w;
-    QVERIFY(w.ok());
-    auto seen = std::make_shared<FileDialogSeen>();
-    answerFileDialog({}, seen);
-    clickButton(widgettest::WindowWidgets(*w.dialog).AddBackground);
-    QVERIFY(seen->answered);
-    QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
-    QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
-    QCOMPARE(seen->nameFilters, QStringList({"Images (*.jpeg *.jpg *.tiff *.tif *.bmp *.png *.xpm)"}));
-    QCOMPARE(seen->fileMode, int(QFileDialog::ExistingFiles));
+    checkAddDialog(QStringLiteral("AddBackground"));
 }
 
 void TestBackgroundLibrary::addingTwoBackgroundsMakesTheSecondCurrentWithoutRedraw()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString first = w.path("extra/sky.png"), second = w.path("extra/Sea.JPG");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(500, 300, 41), first));
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(150, 400, 42), second));
@@ -126,8 +113,7 @@ void TestBackgroundLibrary::cancellingAddReloadsTheBackgroundFromItsFile()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     // A photo of another size rescales the background from its pixels twice:
     // 320 x 240 -> 37 x 29 -> 320 x 240 loses its detail.
     const QString tiny = w.path("tiny.png");
@@ -157,8 +143,7 @@ void TestBackgroundLibrary::clickingABackgroundAfterAKeyPointRekeysAtThatPoint()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QPoint keyPoint(25, 30); // on the green backdrop, away from the subject
     pressPreview(d, keyPoint.x(), keyPoint.y());
     QCOMPARE(MyGlobal::xyClicked, keyPoint);
@@ -186,8 +171,7 @@ void TestBackgroundLibrary::clickingABackgroundWithoutKeyPointLeavesThePreview()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QPixmap shown = widgettest::shownPixmap(DialogTestAccess::scene(d));
     markPreview(d);
 
@@ -204,8 +188,7 @@ void TestBackgroundLibrary::removeShowsTheNextBackground()
 {
     Window w({QStringLiteral("a.jpg"), QStringLiteral("b.png"), QStringLiteral("c.png")});
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const auto before = folderContents(w.dir.path());
     clickRow(ui->listWidget_Bk, 0);
     markPreview(d);
@@ -223,8 +206,7 @@ void TestBackgroundLibrary::removingEveryBackgroundKeepsTheLastRemovedOne()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     clickRow(ui->listWidget_Bk, 0);
     clickButton(ui->RemoveBackground);
     QCOMPARE(MyGlobal::CurSelectionBk, w.path("Bkg/b.png"));

@@ -28,13 +28,11 @@ QStringList fileNames(const QStringList& paths)
 
 } // namespace
 
-class TestBkgCaseOrder : public QObject
+class TestBkgCaseOrder : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { widgettest::resetGlobals(); }
-
     void namesDifferingOnlyInCaseAreAllListedInNameOrder();
 };
 

@@ -54,13 +54,11 @@ PLENDRA_CHILD_SCENARIO("clickWithoutBackground")
     clickRow(widgettest::WindowWidgets(dialog).listWidget, 1);
 }
 
-class TestForegroundList : public QObject
+class TestForegroundList : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { widgettest::resetGlobals(); }
-
     void supportedTypesInTheirThreeForms();
     void droppedEndings_data();
     void droppedEndings();
@@ -117,16 +115,7 @@ void TestForegroundList::droppedEndings()
 
 void TestForegroundList::addDialogIsQtsOwnWithCaptionAndFilter()
 {
-    Window w;
-    QVERIFY(w.ok());
-    auto seen = std::make_shared<FileDialogSeen>();
-    answerFileDialog({}, seen);
-    clickButton(widgettest::WindowWidgets(*w.dialog).AddForegGround);
-    QVERIFY(seen->answered);
-    QVERIFY2(seen->widgetBased, "the file dialog must be Qt's own, with a file name line edit");
-    QCOMPARE(seen->caption, QStringLiteral("Select Files for Chroma-Keying"));
-    QCOMPARE(seen->nameFilters, QStringList({"Images (*.jpeg *.jpg *.tiff *.tif *.bmp *.png *.xpm)"}));
-    QCOMPARE(seen->fileMode, int(QFileDialog::ExistingFiles));
+    checkAddDialog(QStringLiteral("AddForegGround"));
 }
 
 void TestForegroundList::addingThreeFilesMakesTheThirdCurrent()
@@ -169,8 +158,7 @@ void TestForegroundList::cancellingAddAddsNothingButReloadsTheForeground()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QStringList before = widgettest::itemTexts(ui->listWidget);
     // Key the photo, so that the working copy differs from its file.
     pressPreview(d, 12, 12);
@@ -235,8 +223,7 @@ void TestForegroundList::removeTakesTheCurrentRowOncePerSelectedItem()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     QListWidget* list = ui->listWidget;
     // Start from an empty list, then add A, B, C, D.
     clickRow(list, 0);
@@ -276,8 +263,7 @@ void TestForegroundList::removeTakesTheOneSelectedCurrentItem()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString green = w.path("1green.JPG"), blue = w.path("blue1.JPG");
     const QByteArray greenBytes = fileBytes(green);
     clickRow(ui->listWidget, 0);
@@ -301,8 +287,7 @@ void TestForegroundList::removingTheLastItemLeavesTheRemovedPhotoShown()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString green = w.path("1green.JPG");
     clickRow(ui->listWidget, 1);
     clickButton(ui->RemoveForeground);
@@ -326,8 +311,7 @@ void TestForegroundList::clickingAnItemShowsItAndFitsTheBackground()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString tall = writePhoto(w, "tall.png", 90, 200, QColor(40, 70, 200), 7);
     auto seen = std::make_shared<FileDialogSeen>();
     answerFileDialog({tall}, seen);
@@ -354,8 +338,7 @@ void TestForegroundList::clickingAnItemAfterAKeyPointClearsIt()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     pressPreview(d, 15, 15);
     QCOMPARE(MyGlobal::xyClicked, QPoint(15, 15));
     QVERIFY(!samePixels(DialogTestAccess::foreground(d), QImage(w.path("1green.JPG"))));
@@ -380,8 +363,7 @@ void TestForegroundList::dropOnTheWindowLogsAndAddsNothing()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString photo = writePhoto(w, "dropped.png", 100, 80, QColor(40, 180, 60), 9);
     const QByteArray photoBytes = fileBytes(photo);
     clickRow(ui->listWidget, 1);

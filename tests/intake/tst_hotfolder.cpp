@@ -102,14 +102,12 @@ bool choosePresetFolder(Dialog& d, const QString& folder)
 
 } // namespace
 
-class TestHotFolder : public QObject
+// The watched folder's change handler writes to the shared log.
+class TestHotFolder : public widgettest::LoggedWindowTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void presetFormAsBuilt();
     void browseTakesTheChosenFolder();
     void cancelledBrowseChangesNothing();
@@ -123,19 +121,6 @@ private slots:
     void changeInFolderAAddsTheNewestOfB();
     void notificationWithNoImageInTheFolderDoesNothing();
 };
-
-void TestHotFolder::init()
-{
-    // main() opens the log in the real program.
-    MyGlobal::log.close();
-    QVERIFY(MyGlobal::log.open(QIODevice::WriteOnly));
-}
-
-void TestHotFolder::cleanup()
-{
-    MyGlobal::log.close();
-    widgettest::resetGlobals();
-}
 
 void TestHotFolder::presetFormAsBuilt()
 {
@@ -212,8 +197,7 @@ void TestHotFolder::folderIsListedOldestFirstAndTheNewestShown()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString hot = w.path("hot");
     QVERIFY(QDir().mkpath(hot));
     // Names in another order than their times, so the order can only come
@@ -301,8 +285,7 @@ void TestHotFolder::newPhotoIsListedAndShownThenDeletionAddsTheNewestAgain()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/old1.jpg", at(1), 1));
@@ -347,8 +330,7 @@ void TestHotFolder::changeInFolderAAddsTheNewestOfB()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString a = w.path("A"), b = w.path("B"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(a) && QDir().mkpath(b));
     QVERIFY(writeFile(a + "/a1.jpg", at(1), 1));
@@ -376,8 +358,7 @@ void TestHotFolder::notificationWithNoImageInTheFolderDoesNothing()
 {
     Window w;
     QVERIFY(w.ok());
-    Dialog& d = *w.dialog;
-    const widgettest::WindowWidgets ui(d);
+    const auto [d, ui] = w.parts();
     const QString hot = w.path("hot"), staging = w.path("staging");
     QVERIFY(QDir().mkpath(hot));
     QVERIFY(writeFile(hot + "/readme.txt", at(1), 1));

@@ -15,21 +15,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace testsupport::windowplaces;
+using testsupport::colourDistance;
+using testsupport::kWindowTitle;
+using testsupport::lowestContentRow;
+
 namespace {
 
-const QString kWindowTitle = QStringLiteral("Plendra - photo v1.3");
 const QString kAddDialogTitle = QStringLiteral("Select Files for Chroma-Keying");
-// Window geometry of the parts the test touches.
-const QRect kAddButton(20, 90, 71, 31);
-const QRect kPreview(200, 80, 421, 351);
-const QRect kForegrounds(20, 120, 151, 311);
-const QRect kBackgrounds(643, 120, 151, 311);
 const QColor kBackdrop(40, 180, 60);
-
-int colourDistance(QRgb a, QColor b)
-{
-    return qAbs(qRed(a) - b.red()) + qAbs(qGreen(a) - b.green()) + qAbs(qBlue(a) - b.blue());
-}
 
 bool isBackdrop(QRgb p)
 {
@@ -47,19 +41,6 @@ QRect backdropBox(const QImage& window, const QRect& area)
     return box;
 }
 
-// Lowest row of `area` (a list) that holds an item, or -1: rows are compared
-// with the list's empty background just above its horizontal scroll bar.
-int lowestContentRow(const QImage& window, const QRect& area)
-{
-    const int bottom = area.bottom() - 24;
-    const QRgb empty = window.pixel(area.center().x(), bottom);
-    for (int y = bottom; y >= area.top(); --y)
-        for (int x = area.left() + 4; x <= area.right() - 4; ++x)
-            if (colourDistance(window.pixel(x, y), QColor(empty)) > 30)
-                return y;
-    return -1;
-}
-
 double meanDifference(const QImage& a, const QImage& b, const QRect& area)
 {
     qint64 sum = 0;
@@ -67,12 +48,6 @@ double meanDifference(const QImage& a, const QImage& b, const QRect& area)
         for (int x = area.left(); x <= area.right(); ++x)
             sum += colourDistance(a.pixel(x, y), QColor(b.pixel(x, y)));
     return double(sum) / (area.width() * area.height());
-}
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 } // namespace
@@ -96,11 +71,11 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
     // A tall photo, so that its shape in the preview tells it from the samples.
     const QString photo = home.path() + QStringLiteral("/shoot/portrait.png");
     QVERIFY(testsupport::writeImage(testsupport::studioShot(200, 400, kBackdrop, 77), photo));
-    const QByteArray photoBytes = bytesOf(photo);
+    const QByteArray photoBytes = testsupport::fileBytes(photo);
     QMap<QString, QByteArray> shipped;
     const QDir bkg(QStringLiteral(PLENDRA_BUILD_DIR "/Bkg"));
     for (const QString& name : bkg.entryList(QDir::Files))
-        shipped.insert(bkg.filePath(name), bytesOf(bkg.filePath(name)));
+        shipped.insert(bkg.filePath(name), testsupport::fileBytes(bkg.filePath(name)));
     QVERIFY2(shipped.size() >= 2, "the build tree needs two backgrounds beside the bundle");
 
     testsupport::DesktopSession app(home.path());
@@ -175,9 +150,9 @@ void TestIntakeEndToEnd::addKeyAndChooseAnotherBackground()
 
     QVERIFY(app.key(QStringLiteral("Escape")));
     QCOMPARE(app.waitForExit(), 0);
-    QCOMPARE(bytesOf(photo), photoBytes);
+    QCOMPARE(testsupport::fileBytes(photo), photoBytes);
     for (auto it = shipped.cbegin(); it != shipped.cend(); ++it)
-        QCOMPARE(bytesOf(it.key()), it.value());
+        QCOMPARE(testsupport::fileBytes(it.key()), it.value());
 }
 
 QTEST_GUILESS_MAIN(TestIntakeEndToEnd)

@@ -106,13 +106,11 @@ private:
 
 } // namespace
 
-class TestLiveLoading : public QObject
+class TestLiveLoading : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { widgettest::resetGlobals(); }
-
     void startupWithTwentyBackgroundsListsThemAsToday()
     {
         QTemporaryDir dir;

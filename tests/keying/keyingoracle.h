@@ -13,28 +13,22 @@
 
 namespace oracle {
 
+// A channel as the rule reads it: 0 counts as 1.
+inline float ruleChannel(int value)
+{
+    return value == 0 ? 1.0f : float(value);
+}
+
 // Is `pixel` backdrop for the key colour `key`?
 inline bool keyRule(QRgb key, QRgb pixel)
 {
-    float kR = float(qRed(key));
-    float kG = float(qGreen(key));
-    float kB = float(qBlue(key));
-    if (kR == 0)
-        kR = 1.0f;
-    if (kG == 0)
-        kG = 1.0f;
-    if (kB == 0)
-        kB = 1.0f;
+    const float kR = ruleChannel(qRed(key));
+    const float kG = ruleChannel(qGreen(key));
+    const float kB = ruleChannel(qBlue(key));
 
-    float pR = float(qRed(pixel));
-    float pG = float(qGreen(pixel));
-    float pB = float(qBlue(pixel));
-    if (pR == 0)
-        pR = 1.0f;
-    if (pG == 0)
-        pG = 1.0f;
-    if (pB == 0)
-        pB = 1.0f;
+    const float pR = ruleChannel(qRed(pixel));
+    const float pG = ruleChannel(qGreen(pixel));
+    const float pB = ruleChannel(qBlue(pixel));
 
     float r1 = 1.1f;
     float r2 = 1.1f;

@@ -44,6 +44,29 @@ inline void addFormatPairRows(const QList<NamedFormat>& formats)
             QTest::addRow("%s over %s", photo.second, background.second) << photo.first << background.first;
 }
 
+// A key colour under the name of its data row.
+struct NamedKey
+{
+    const char* name;
+    QRgb key;
+};
+
+// Keys with neither green nor blue above both other channels: nothing is
+// backdrop for them.
+inline const QList<NamedKey> kKeysWithoutBackdrop = {
+    {"grey", qRgb(128, 128, 128)},
+    {"red", qRgb(192, 48, 32)},
+    {"yellow, red equals green", qRgb(200, 200, 40)},
+    {"green equals blue above red", qRgb(20, 150, 150)},
+};
+
+// One data row per key, in the column "key".
+inline void addKeyRows(const QList<NamedKey>& keys)
+{
+    for (const NamedKey& k : keys)
+        QTest::newRow(k.name) << k.key;
+}
+
 inline int clamp255(int v) { return std::clamp(v, 0, 255); }
 
 // Channel values where the rule changes its mind for this key channel: 0 and

@@ -74,9 +74,9 @@ void useSampleFolder(const QString& folder)
     MyGlobal::xyClicked = QPoint(0, 0);
 }
 
-} // namespace
-
-PLENDRA_CHILD_SCENARIO("maskout2-unequal-height")
+// In a child: the window on the parent's sample folder, holding a 10 x 10
+// background, keys a green photo of `size` with the tolerance keyer.
+void keyGreenPhotoAgainst10x10(QSize size)
 {
     useSampleFolder(qEnvironmentVariable(kSampleFolderVariable));
     widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
@@ -84,22 +84,21 @@ PLENDRA_CHILD_SCENARIO("maskout2-unequal-height")
         return;
     Dialog& d = *dFixture.dialog;
     DialogTestAccess::background(d) = QImage(10, 10, QImage::Format_RGB32);
-    QImage img(10, 11, QImage::Format_RGB32);
+    QImage img(size, QImage::Format_RGB32);
     img.fill(Qt::green);
     d.MaskOut2(img, qRgb(0, 255, 0));
 }
 
+} // namespace
+
+PLENDRA_CHILD_SCENARIO("maskout2-unequal-height")
+{
+    keyGreenPhotoAgainst10x10(QSize(10, 11));
+}
+
 PLENDRA_CHILD_SCENARIO("maskout2-unequal-width")
 {
-    useSampleFolder(qEnvironmentVariable(kSampleFolderVariable));
-    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
-    if (!dFixture.ok())
-        return;
-    Dialog& d = *dFixture.dialog;
-    DialogTestAccess::background(d) = QImage(10, 10, QImage::Format_RGB32);
-    QImage img(12, 10, QImage::Format_RGB32);
-    img.fill(Qt::green);
-    d.MaskOut2(img, qRgb(0, 255, 0));
+    keyGreenPhotoAgainst10x10(QSize(12, 10));
 }
 
 class TestAlternatives : public QObject
@@ -140,6 +139,13 @@ private slots:
     void dialogCalcFontDelegates();
 
 private:
+    // A studio shot keyed by the window's routine `keyInWindow`, with the key
+    // read at its corner, against a background handed to the window: the
+    // same bytes as the oracle `byPixel` gives (which keys something), and
+    // the window's background left as it was.
+    void checkWindowKeying(void (Dialog::*keyInWindow)(QImage&, unsigned int),
+                           void (*byPixel)(QImage&, const QImage&, QRgb), quint32 seed);
+
     QTemporaryDir m_dir;
     QString m_samples;
 };
@@ -230,55 +236,34 @@ void TestAlternatives::maskOut2ToleranceIs15PerChannel()
 
 void TestAlternatives::dialogMaskOut2KeysAgainstItsBackground()
 {
-    widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
-    QVERIFY(dFixture.ok());
-    Dialog& d = *dFixture.dialog;
-    const QImage bkg = testsupport::backgroundPicture(120, 90, 7);
-    DialogTestAccess::background(d) = bkg;
-    const QImage photo = testsupport::studioShot(120, 90, QColor(40, 180, 60), 8);
-    const QRgb key = photo.pixel(3, 3);
-    QImage expected = photo.copy();
-    oracle::maskOut2(expected, bkg, key);
-    QVERIFY(expected != photo);
-    QImage img = photo.copy();
-    d.MaskOut2(img, key);
-    QVERIFY(keyingdata::samePixels(img, expected));
-    QCOMPARE(DialogTestAccess::background(d), bkg);
+    checkWindowKeying(&Dialog::MaskOut2, &oracle::maskOut2, 7);
 }
 
 void TestAlternatives::dialogMaskOutKeysAgainstItsBackground()
 {
+    checkWindowKeying(&Dialog::MaskOut, &oracle::maskOut, 9);
+}
+
+void TestAlternatives::checkWindowKeying(void (Dialog::*keyInWindow)(QImage&, unsigned int),
+                                         void (*byPixel)(QImage&, const QImage&, QRgb), quint32 seed)
+{
     widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
     QVERIFY(dFixture.ok());
     Dialog& d = *dFixture.dialog;
-    const QImage bkg = testsupport::backgroundPicture(120, 90, 9);
+    const QImage bkg = testsupport::backgroundPicture(120, 90, seed);
     DialogTestAccess::background(d) = bkg;
-    const QImage photo = testsupport::studioShot(120, 90, QColor(40, 180, 60), 10);
+    const QImage photo = testsupport::studioShot(120, 90, QColor(40, 180, 60), seed + 1);
     const QRgb key = photo.pixel(3, 3);
     QImage expected = photo.copy();
-    oracle::maskOut(expected, bkg, key);
+    byPixel(expected, bkg, key);
     QVERIFY(expected != photo);
     QImage img = photo.copy();
-    d.MaskOut(img, key);
+    (d.*keyInWindow)(img, key);
     QVERIFY(keyingdata::samePixels(img, expected));
+    QCOMPARE(DialogTestAccess::background(d), bkg);
 }
 
 namespace {
-
-// The line of dialog_alternatives.cpp that holds the given check.
-int sourceLineOf(const QString& condition)
-{
-    QFile source(QStringLiteral(PLENDRA_SOURCE_DIR "/mainwindow/dialog_alternatives.cpp"));
-    if (!source.open(QIODevice::ReadOnly))
-        return -1;
-    int line = 0;
-    while (!source.atEnd()) {
-        ++line;
-        if (QString::fromUtf8(source.readLine()).contains(QStringLiteral("PLENDRA_ASSERT(\"dialog\", ") + condition + QStringLiteral(");")))
-            return line;
-    }
-    return -1;
-}
 
 void expectAssertion(const char* scenario, const QString& condition, const QString& samples)
 {
@@ -287,7 +272,8 @@ void expectAssertion(const char* scenario, const QString& condition, const QStri
     const testsupport::ChildRun run = testsupport::runChildScenario(QString::fromLatin1(scenario), env);
     QVERIFY(run.started);
     QVERIFY2(run.crashed, run.standardError.constData());
-    const int line = sourceLineOf(condition);
+    const int line = testsupport::sourceLineOf(QStringLiteral("mainwindow/dialog_alternatives.cpp"),
+                                               QStringLiteral("PLENDRA_ASSERT(\"dialog\", ") + condition + QStringLiteral(");"));
     QVERIFY(line > 0);
     const QByteArray expected = "dialog:" + QByteArray::number(line) + ": failed assertion `" + condition.toUtf8() + "'\n";
     // The assertion's line is the last thing the child writes.

@@ -36,12 +36,6 @@ QImage greenShot(int width, int height)
     return img;
 }
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 QStringList entriesOf(const QString& folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -222,7 +216,7 @@ void PipelineTest::savedFileHasTheWritersBytes()
     QVERIFY(keying::saveComposite(composite, ours.filePath(name)));
     // What writing the file straight to its name gives.
     QVERIFY(saved.save(direct.filePath(name), nullptr, -1));
-    QCOMPARE(bytesOf(ours.filePath(name)), bytesOf(direct.filePath(name)));
+    QCOMPARE(testsupport::fileBytes(ours.filePath(name)), testsupport::fileBytes(direct.filePath(name)));
     QCOMPARE(entriesOf(ours.path()), QStringList{name});
 }
 
@@ -261,11 +255,11 @@ void PipelineTest::failedResaveOnAFullDiskKeepsTheEarlierFile()
         QSKIP(qPrintable(QStringLiteral("no small filesystem to fill (%1)").arg(disk.why())));
     const QString target = disk.path() + QStringLiteral("/shot.png");
     QVERIFY(keying::saveComposite(greenShot(160, 120), target));
-    const QByteArray good = bytesOf(target);
+    const QByteArray good = testsupport::fileBytes(target);
     QVERIFY(!good.isEmpty());
 
     QVERIFY(!keying::saveComposite(noise(640, 480, QImage::Format_RGB32, 31), target));
-    QCOMPARE(bytesOf(target), good);
+    QCOMPARE(testsupport::fileBytes(target), good);
     QCOMPARE(entriesOf(disk.path()), QStringList{QStringLiteral("shot.png")});
 }
 

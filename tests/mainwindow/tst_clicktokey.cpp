@@ -40,19 +40,14 @@ bool blockReplaced(const QImage& keyed, QSize size, QPoint marker)
     return keyed.pixel(bx + 5, by + 5) != kMarkerShade;
 }
 
-// The line of `unit`'s source file that holds `text`, or 0.
-int sourceLineOf(const QString& file, const QString& text)
+// 400 x 300: the left half a green backdrop, the right half a blue one.
+QImage greenAndBlueHalves()
 {
-    QFile f(QStringLiteral(PLENDRA_SOURCE_DIR) + "/" + file);
-    if (!f.open(QIODevice::ReadOnly))
-        return 0;
-    int line = 0;
-    while (!f.atEnd()) {
-        ++line;
-        if (QString::fromUtf8(f.readLine()).contains(text))
-            return line;
-    }
-    return 0;
+    QImage photo(400, 300, QImage::Format_RGB32);
+    for (int y = 0; y < 300; ++y)
+        for (int x = 0; x < 400; ++x)
+            photo.setPixel(x, y, x < 200 ? qRgb(40, 180, 60) : qRgb(40, 60, 200));
+    return photo;
 }
 
 // Children for the fatal checks: they build the window from the folder given
@@ -94,13 +89,11 @@ PLENDRA_CHILD_SCENARIO("startWithoutSamplePhotos")
     static_cast<void>(windowFixture);
 }
 
-class TestClickToKey : public QObject
+class TestClickToKey : public widgettest::SampleWindowTestCase
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_samples;
-
     QString writePhoto(const QImage& img, const QString& name)
     {
         const QString path = m_samples.path() + "/" + name;
@@ -108,17 +101,6 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(testsupport::makeSampleFolder(m_samples.path()));
-    }
-
-    void init()
-    {
-        MyGlobal::appDir = m_samples.path();
-        MyGlobal::xyClicked = QPoint(0, 0);
-    }
-
     void clickSamplesThePixelOfTheIntegerMapping_data()
     {
         QTest::addColumn<QSize>("photo");
@@ -146,8 +128,7 @@ private slots:
 
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         QCOMPARE(ui->graphicsView->size(), QSize(421, 351));
         QVERIFY(ui->graphicsView->viewport()->width() > click.x());
         MyGlobal::CurSelection = path;
@@ -174,13 +155,7 @@ private slots:
         QCOMPARE(DialogTestAccess::foreground(window), QImage(path));
     }
 
-    void everyButtonKeys_data()
-    {
-        QTest::addColumn<Qt::MouseButton>("button");
-        QTest::newRow("left") << Qt::LeftButton;
-        QTest::newRow("right") << Qt::RightButton;
-        QTest::newRow("middle") << Qt::MiddleButton;
-    }
+    void everyButtonKeys_data() { widgettest::addMouseButtonRows(); }
 
     void everyButtonKeys()
     {
@@ -199,8 +174,7 @@ private slots:
     {
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         const QImage original = DialogTestAccess::foreground(window);
         const QImage& bkg = DialogTestAccess::background(window);
         // The sample's backdrop fills the upper-left corner.
@@ -221,12 +195,7 @@ private slots:
 
     void twoClicksDoNotAccumulate()
     {
-        // Left half a green backdrop, right half a blue one.
-        QImage photo(400, 300, QImage::Format_RGB32);
-        for (int y = 0; y < 300; ++y)
-            for (int x = 0; x < 400; ++x)
-                photo.setPixel(x, y, x < 200 ? qRgb(40, 180, 60) : qRgb(40, 60, 200));
-        const QString path = writePhoto(photo, "halves.png");
+        const QString path = writePhoto(greenAndBlueHalves(), "halves.png");
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
         Dialog& window = *windowFixture.dialog;
@@ -307,13 +276,9 @@ private slots:
 
     void turningWithAClickResamplesAtTheSameViewPosition()
     {
-        // Left half green, right half blue; a click low on the left samples
-        // green. Turned a quarter, the same view position shows the blue half.
-        QImage photo(400, 300, QImage::Format_RGB32);
-        for (int y = 0; y < 300; ++y)
-            for (int x = 0; x < 400; ++x)
-                photo.setPixel(x, y, x < 200 ? qRgb(40, 180, 60) : qRgb(40, 60, 200));
-        const QString path = writePhoto(photo, "halves2.png");
+        // A click low on the left samples green. Turned a quarter, the same
+        // view position shows the blue half.
+        const QString path = writePhoto(greenAndBlueHalves(), "halves2.png");
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
         Dialog& window = *windowFixture.dialog;
@@ -360,7 +325,7 @@ private slots:
         QVERIFY(run.started);
         QVERIFY(run.crashed);
         const QString condition = "m_bkg.height() == m_foreground.height() && m_bkg.width() == m_foreground.width()";
-        const int line = sourceLineOf("mainwindow/dialog_keying.cpp", "PLENDRA_ASSERT(\"dialog\", m_bkg.height()");
+        const int line = testsupport::sourceLineOf("mainwindow/dialog_keying.cpp", "PLENDRA_ASSERT(\"dialog\", m_bkg.height()");
         QVERIFY(line > 0);
         const QString expected = QString("dialog:%1: failed assertion `%2'\n").arg(line).arg(condition);
         QVERIFY2(QString::fromUtf8(run.standardError).endsWith(expected), run.standardError.constData());
@@ -373,7 +338,7 @@ private slots:
         const testsupport::ChildRun run = testsupport::runChildScenario("clickOnUnreadablePhoto", env);
         QVERIFY(run.started);
         QVERIFY(run.crashed);
-        const int line = sourceLineOf("mainwindow/dialog_keying.cpp", "PLENDRA_ASSERT(\"dialog\", !pix.isNull())");
+        const int line = testsupport::sourceLineOf("mainwindow/dialog_keying.cpp", "PLENDRA_ASSERT(\"dialog\", !pix.isNull())");
         QVERIFY(line > 0);
         const QString expected = QString("dialog:%1: failed assertion `!pix.isNull()'\n").arg(line);
         QVERIFY2(QString::fromUtf8(run.standardError).endsWith(expected), run.standardError.constData());

@@ -25,18 +25,15 @@
 
 #include <functional>
 
+using namespace testsupport::windowplaces;
 using testsupport::DesktopSession;
+using testsupport::colourShare;
+using testsupport::kWindowTitle;
+using testsupport::lowestContentRow;
 
 namespace {
 
-const QString kWindowTitle = QStringLiteral("Plendra - photo v1.3");
 const QString kSourceTitle = QStringLiteral("Plendra test file source");
-// Window geometry of the parts the test touches.
-const QRect kPreview(200, 80, 421, 351);
-const QRect kForegrounds(20, 120, 151, 311);
-const QRect kBackgrounds(643, 120, 151, 311);
-const QRect kRemoveBackground(724, 90, 71, 31);
-const QRect kSaveImage(310, 470, 161, 34);
 // A backdrop point of the sample photo in the preview.
 const QPoint kBackdropInPreview(44, 20);
 
@@ -45,48 +42,11 @@ const QColor kRed(220, 40, 40);       // Bkg/a.png, the first background
 const QColor kYellow(240, 220, 40);   // Bkg/b.png, the second
 const QColor kMagenta(230, 40, 230);  // a background dragged in
 
-int colourDistance(QRgb a, QColor b)
-{
-    return qAbs(qRed(a) - b.red()) + qAbs(qGreen(a) - b.green()) + qAbs(qBlue(a) - b.blue());
-}
-
-// Share of the pixels of `area` within a small distance of `colour`.
-double colourShare(const QImage& image, const QRect& area, QColor colour)
-{
-    const QRect inside = area.intersected(image.rect());
-    if (inside.isEmpty())
-        return 0.0;
-    long hits = 0;
-    for (int y = inside.top(); y <= inside.bottom(); ++y)
-        for (int x = inside.left(); x <= inside.right(); ++x)
-            hits += colourDistance(image.pixel(x, y), colour) < 60 ? 1 : 0;
-    return double(hits) / (double(inside.width()) * inside.height());
-}
-
 QImage plain(QColor colour, int width, int height)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(colour);
     return image;
-}
-
-// Lowest row of `area` (a list) that holds an item, or -1: rows are compared
-// with the list's empty background just above its horizontal scroll bar.
-int lowestContentRow(const QImage& window, const QRect& area)
-{
-    const int bottom = area.bottom() - 24;
-    const QRgb empty = window.pixel(area.center().x(), bottom);
-    for (int y = bottom; y >= area.top(); --y)
-        for (int x = area.left() + 4; x <= area.right() - 4; ++x)
-            if (colourDistance(window.pixel(x, y), QColor(empty)) > 30)
-                return y;
-    return -1;
-}
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 // A copy of the built bundle with a sample folder of its own beside it: the
@@ -358,7 +318,7 @@ void TestDragEndToEnd::fileDraggedInFromOutsideOntoForegrounds()
     // A tall photo, so that its shape tells it from the samples.
     const QString photo = program.home.path() + QStringLiteral("/shoot/dropped portrait.png");
     QVERIFY(testsupport::writeImage(testsupport::studioShot(200, 400, kBackdrop, 78), photo));
-    const QByteArray photoBytes = bytesOf(photo);
+    const QByteArray photoBytes = testsupport::fileBytes(photo);
 
     const QImage start = app.windowShot(shots + "/foregrounds-0-start.png");
     QVERIFY(!start.isNull());
@@ -396,7 +356,7 @@ void TestDragEndToEnd::fileDraggedInFromOutsideOntoForegrounds()
     QCOMPARE(reader.format(), QByteArray("png"));
     QCOMPARE(reader.size(), QSize(200, 400));
     // The dragged file is used where it lies, untouched.
-    QCOMPARE(bytesOf(photo), photoBytes);
+    QCOMPARE(testsupport::fileBytes(photo), photoBytes);
 
     QVERIFY(app.key(QStringLiteral("Escape")));
     QCOMPARE(app.waitForExit(), 0);
@@ -410,7 +370,7 @@ void TestDragEndToEnd::fileDraggedInFromOutsideOntoBackgrounds()
     DesktopSession& app = *program.app;
     const QString picture = program.home.path() + QStringLiteral("/pictures/magenta.png");
     QVERIFY(testsupport::writeImage(plain(kMagenta, 300, 200), picture));
-    const QByteArray pictureBytes = bytesOf(picture);
+    const QByteArray pictureBytes = testsupport::fileBytes(picture);
 
     const QImage start = app.windowShot(shots + "/backgrounds-0-start.png");
     QVERIFY(!start.isNull());
@@ -460,7 +420,7 @@ void TestDragEndToEnd::fileDraggedInFromOutsideOntoBackgrounds()
     QVERIFY(!composite.isNull());
     QVERIFY2(colourShare(composite.convertToFormat(QImage::Format_RGB32), composite.rect(), kMagenta) > 0.3,
              "the saved composite should show the dropped background");
-    QCOMPARE(bytesOf(picture), pictureBytes);
+    QCOMPARE(testsupport::fileBytes(picture), pictureBytes);
 
     QVERIFY(app.key(QStringLiteral("Escape")));
     QCOMPARE(app.waitForExit(), 0);

@@ -18,27 +18,10 @@
 #include <QTest>
 #include <QUrl>
 
+using widgettest::dropFiles;
 using widgettest::itemTexts;
 
 namespace {
-
-// Delivers a drop of these files at the centre of `target`, as the desktop would.
-bool dropFiles(QWidget* target, const QStringList& paths)
-{
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString& path : paths)
-        urls << QUrl::fromLocalFile(path);
-    data.setUrls(urls);
-    const QPointF at(target->width() / 2.0, target->height() / 2.0);
-    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &enter);
-    if (!enter.isAccepted())
-        return false;
-    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &drop);
-    return true;
-}
 
 // A window with no slot of the preview's.
 class PlainParent : public QWidget
@@ -47,25 +30,11 @@ class PlainParent : public QWidget
 
 } // namespace
 
-class TestDropLists : public QObject
+class TestDropLists : public widgettest::SampleWindowTestCase
 {
     Q_OBJECT
 
-private:
-    QTemporaryDir m_samples;
-
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(testsupport::makeSampleFolder(m_samples.path()));
-    }
-
-    void init()
-    {
-        MyGlobal::appDir = m_samples.path();
-        MyGlobal::xyClicked = QPoint(0, 0);
-    }
-
     void listConstructorTakesDrops()
     {
         QWidget parent;
@@ -160,8 +129,7 @@ private slots:
     {
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         const QStringList foregroundsBefore = itemTexts(ui->listWidget);
         const QStringList backgroundsBefore = itemTexts(ui->listWidget_Bk);
         const QImage previewBefore = DialogTestAccess::preview(window).toImage();
@@ -182,8 +150,7 @@ private slots:
     {
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         const QImage previewBefore = DialogTestAccess::preview(window).toImage();
         ui->listWidget->setCurrentRow(1);
         const QString photo = m_samples.path() + "/blue1.JPG";
@@ -194,13 +161,7 @@ private slots:
         QCOMPARE(DialogTestAccess::preview(window).toImage(), previewBefore);
     }
 
-    void everyButtonPressesThePreview_data()
-    {
-        QTest::addColumn<Qt::MouseButton>("button");
-        QTest::newRow("left") << Qt::LeftButton;
-        QTest::newRow("right") << Qt::RightButton;
-        QTest::newRow("middle") << Qt::MiddleButton;
-    }
+    void everyButtonPressesThePreview_data() { widgettest::addMouseButtonRows(); }
 
     void everyButtonPressesThePreview()
     {

@@ -34,28 +34,14 @@ public slots:
     void open(const QUrl& url) { opened << url; }
 };
 
-class TestWindow : public QObject
+class TestWindow : public widgettest::SampleWindowTestCase
 {
     Q_OBJECT
 
-private:
-    QTemporaryDir m_samples;
+public:
+    TestWindow() : SampleWindowTestCase({QStringLiteral("m.jpg"), QStringLiteral("k.png")}) {}
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_samples.isValid());
-        QVERIFY(testsupport::makeSampleFolder(m_samples.path(), {QStringLiteral("m.jpg"), QStringLiteral("k.png")}));
-    }
-
-    void init()
-    {
-        MyGlobal::appDir = m_samples.path();
-        MyGlobal::CurSelection.clear();
-        MyGlobal::CurSelectionBk.clear();
-        MyGlobal::xyClicked = QPoint(0, 0);
-    }
-
     void widgetTree_data()
     {
         QTest::addColumn<QString>("name");
@@ -198,8 +184,7 @@ private slots:
     {
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         QCOMPARE(ui->Run->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
         QCOMPARE(ui->Run->sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
         QCOMPARE(ui->Run->font().pointSize(), 15);
@@ -241,8 +226,7 @@ private slots:
     {
         widgettest::Window windowFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
         QVERIFY(windowFixture.ok());
-        Dialog& window = *windowFixture.dialog;
-        const widgettest::WindowWidgets ui(window);
+        const auto [window, ui] = windowFixture.parts();
         const QString dir = m_samples.path();
         QCOMPARE(itemTexts(ui->listWidget), QStringList({dir + "/1green.JPG", dir + "/blue1.JPG"}));
         QCOMPARE(ui->listWidget->currentRow(), 0);

@@ -20,11 +20,10 @@ using testsupport::changedEntries;
 using testsupport::listTree;
 using testsupport::RecordingOpener;
 
+using namespace testsupport::windowplaces;
+
 namespace {
 
-// Where the window lays out the preview and "Save Image" (window-relative).
-const QRect kPreview(200, 80, 421, 351);
-const QRect kSaveImage(310, 470, 161, 34);
 // A backdrop point near the preview's top left corner.
 const QPoint kBackdropInPreview(20, 20);
 

@@ -29,6 +29,7 @@
 #include <QTest>
 
 #include <cstdlib>
+#include <memory>
 
 namespace savetest {
 
@@ -64,14 +65,36 @@ inline QAbstractButton* buttonWithText(QMessageBox* box, const QString& text)
     return nullptr;
 }
 
+// Presses the button of `box` that reads `text`; closes the box when none does.
+inline void pressButton(QMessageBox* box, const QString& text)
+{
+    if (QAbstractButton* button = buttonWithText(box, text))
+        QTest::mouseClick(button, Qt::LeftButton);
+    else
+        dismiss(box);
+}
+
+// Chooses `folder` in the folder picker, as its "Choose" button does.
+inline void chooseFolder(QFileDialog* picker, const QString& folder)
+{
+    picker->setDirectory(folder);
+    static_cast<QDialog*>(picker)->accept();
+}
+
 inline QImage asRgb32(const QImage& image) { return image.convertToFormat(QImage::Format_RGB32); }
 
 } // namespace savetest
 
-// Each test case calls setUpRun from its initTestCase and setUpTest from its init.
+// The base of the "Save Image" and output folder test cases: the samples
+// and the recording opener for the run, and for each test an empty home
+// holding the output folder and the window built on the samples, shown.
 class SaveTestCase : public QObject
 {
+    Q_OBJECT
+
 protected:
+    Dialog& window() { return *m_window->dialog; }
+
     QTemporaryDir m_samples;
     testsupport::RecordingOpener m_opener;
     QString m_home;
@@ -131,7 +154,8 @@ protected:
         return changed;
     }
 
-    void setUpRun()
+private slots:
+    void initTestCase()
     {
         m_home = QString::fromLocal8Bit(qgetenv("HOME"));
         QVERIFY(!m_home.isEmpty());
@@ -153,24 +177,22 @@ protected:
         QVERIFY(QImageWriter::supportedImageFormats().contains("tiff"));
     }
 
-    void setUpTest()
+    void init()
     {
         // Start from an empty home holding the output folder that start-up makes.
-        QDir home(m_home);
-        const QStringList entries = home.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-        for (const QString& e : entries) {
-            QFileInfo info(home.filePath(e));
-            if (info.isDir())
-                QDir(info.filePath()).removeRecursively();
-            else
-                QFile::remove(info.filePath());
-        }
-        m_output = m_home + QStringLiteral("/Documents/Plendra");
-        QVERIFY(QDir().mkpath(m_output));
+        m_output = testsupport::emptyHomeWithOutputFolder(m_home);
+        QVERIFY(!m_output.isEmpty());
         MyGlobal::appDir = m_samples.path();
         MyGlobal::outputDir = m_output;
         MyGlobal::xyClicked = QPoint(0, 0);
         UserSettings::m_size = QSize(320, 240);
         m_opener.forgetCalls();
+        m_window = std::make_unique<widgettest::Window>(widgettest::WindowSetup::onTheGlobalsAsSet());
+        QVERIFY(m_window->ok());
     }
+
+    void cleanup() { m_window.reset(); }
+
+private:
+    std::unique_ptr<widgettest::Window> m_window;
 };

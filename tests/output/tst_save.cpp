@@ -14,15 +14,11 @@ class SaveTest : public SaveTestCase
     Q_OBJECT
 
 private slots:
-    void initTestCase() { setUpRun(); }
-    void init() { setUpTest(); }
     // With an empty FOREGROUNDS list, pressing "Save Image" shows the
     // add-files dialog and writes nothing.
     void emptyListAsksForPhotosAndWritesNothing()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet(false));
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         const widgettest::WindowWidgets ui(d);
         ui->listWidget->clear();
         ui->Run->setEnabled(false); // must stay as it is: this path leaves the button alone
@@ -55,9 +51,7 @@ private slots:
     // file, the latter split at the blank.
     void savesUnderForegroundNameAndOpensFolderThenFile()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         choose(d, 2, pic(QStringLiteral("a b.JPG")));
         clickPreview(d, kBackdropClick);
         const QImage composite = DialogTestAccess::preview(d).toImage();
@@ -99,9 +93,7 @@ private slots:
         QFETCH(QByteArray, format);
         QFETCH(bool, lossless);
 
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         choose(d, 0, pic(name));
         clickPreview(d, kBackdropClick);
         const QImage composite = DialogTestAccess::preview(d).toImage();
@@ -122,9 +114,7 @@ private slots:
     // backdrop replaced by the background, the subject kept.
     void savedPngIsTheKeyedImagePixelForPixel()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
         clickPreview(d, kBackdropClick);
@@ -145,9 +135,7 @@ private slots:
     // without a question.
     void savingTwiceOverwritesWithoutQuestion()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         ModalAnswerer answerer(dismiss);
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
@@ -174,9 +162,7 @@ private slots:
     // is enabled; the shown photo and the preview stay as they were.
     void afterSaveFirstRowIsCurrentAndRunEnabled()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         const widgettest::WindowWidgets ui(d);
         const QString second = m_samples.path() + QStringLiteral("/blue1.JPG");
         QCOMPARE(widgettest::itemTexts(ui->listWidget).value(1), second);
@@ -206,9 +192,7 @@ private slots:
     // image is dropped) and announces itself, but writes the composite.
     void saveReloadsPhotoFirstAndWritesTheComposite()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         const QString path = pic(QStringLiteral("key.png"));
         choose(d, 0, path);
         clickPreview(d, kBackdropClick);
@@ -227,9 +211,7 @@ private slots:
     // and the opener is still run on both paths.
     void saveNeverCreatesMissingOutputFolder()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         const QString missing = m_home + QStringLiteral("/Documents/Gone");
         MyGlobal::outputDir = missing;
         clickPreview(d, kBackdropClick);
@@ -239,17 +221,14 @@ private slots:
 
         QCOMPARE(changedEntries(before, listTree(m_home)), QStringList());
         QVERIFY(!QFileInfo::exists(missing));
-        const QList<QStringList> expected{{missing}, {missing + QStringLiteral("/1green.JPG")}};
-        QCOMPARE(m_opener.calls(), expected);
+        QCOMPARE(m_opener.calls(), QList<QStringList>({{missing}, {missing + QStringLiteral("/1green.JPG")}}));
     }
 
     // With no foreground path the target is the folder followed by "/": the
     // save fails, nothing is written, and the opener still runs twice.
     void saveWithoutForegroundPathStillRunsOpener()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         clickPreview(d, kBackdropClick);
         MyGlobal::CurSelection.clear();
         const auto before = listTree(m_home);
@@ -257,17 +236,14 @@ private slots:
         QVERIFY(QMetaObject::invokeMethod(&d, "Run"));
 
         QCOMPARE(changedEntries(before, listTree(m_home)), QStringList());
-        const QList<QStringList> expected{{m_output}, {m_output + QLatin1Char('/')}};
-        QCOMPARE(m_opener.calls(), expected);
+        QCOMPARE(m_opener.calls(), QList<QStringList>({{m_output}, {m_output + QLatin1Char('/')}}));
     }
 
     // Whatever size and format are picked, a save writes the composite at its
     // own size and in its source file's format.
     void saveIgnoresOutputSizeAndFormatChoices()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         auto* sizes = new QComboBox(&d);
         sizes->setObjectName(QStringLiteral("comboBox"));
         sizes->addItems({QStringLiteral("Original"), QStringLiteral("640x480"), QStringLiteral("320x240"),

@@ -26,12 +26,6 @@ namespace {
 // A point on the backdrop of the generated studio shots, in the preview.
 const QPoint kBackdrop(20, 20);
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 QStringList entriesOf(const QString& folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -75,7 +69,7 @@ PLENDRA_CHILD_SCENARIO("resave-into-read-only-folder")
     std::fflush(stdout);
 }
 
-class SaveAtomicTest : public QObject
+class SaveAtomicTest : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
@@ -92,8 +86,6 @@ private slots:
         m_opener.putFirstOnPath();
         QVERIFY(m_work.isValid());
     }
-    void cleanup() { widgettest::resetGlobals(); }
-
     void savedBytesAreTheWritersBytes_data();
     void savedBytesAreTheWritersBytes();
     void firstSaveOnAFullDiskLeavesNothing();
@@ -127,9 +119,9 @@ void SaveAtomicTest::savedBytesAreTheWritersBytes()
     // the image writer at its default quality.
     const QString reference = direct.filePath(name);
     QVERIFY(DialogTestAccess::preview(*w.dialog).toImage().save(reference, nullptr, -1));
-    const QByteArray saved = bytesOf(out.filePath(name));
+    const QByteArray saved = testsupport::fileBytes(out.filePath(name));
     QVERIFY(!saved.isEmpty());
-    QCOMPARE(saved, bytesOf(reference));
+    QCOMPARE(saved, testsupport::fileBytes(reference));
     QCOMPARE(QImageReader::imageFormat(out.filePath(name)), format);
     QCOMPARE(entriesOf(out.path()), QStringList{name});
 }
@@ -165,13 +157,13 @@ void SaveAtomicTest::failedResaveOnAFullDiskKeepsTheEarlierFile()
     MyGlobal::outputDir = disk.path();
     keyAndSave(*w.dialog, photo);
     const QString target = disk.path() + QStringLiteral("/resave.png");
-    const QByteArray good = bytesOf(target);
+    const QByteArray good = testsupport::fileBytes(target);
     QVERIFY(!good.isEmpty());
 
     // The same photo file now holds a picture too large for the disk.
     QVERIFY(testsupport::writeImage(incompressible(2), photo));
     keyAndSave(*w.dialog, photo);
-    QCOMPARE(bytesOf(target), good);
+    QCOMPARE(testsupport::fileBytes(target), good);
     QCOMPARE(entriesOf(disk.path()), QStringList{QStringLiteral("resave.png")});
 }
 
@@ -184,7 +176,7 @@ void SaveAtomicTest::readOnlyFolderKeepsTheEarlierFile()
     // An earlier composite of that name, with other bytes than a new save's.
     const QString target = output + QStringLiteral("/shot.png");
     QVERIFY(testsupport::writeImage(testsupport::backgroundPicture(200, 150, 10), target));
-    const QByteArray earlier = bytesOf(target);
+    const QByteArray earlier = testsupport::fileBytes(target);
     QVERIFY(QFile::setPermissions(output, QFile::ReadOwner | QFile::ExeOwner));
 
     QTemporaryDir childTmp(m_work.path() + QStringLiteral("/tmp-XXXXXX"));
@@ -198,7 +190,7 @@ void SaveAtomicTest::readOnlyFolderKeepsTheEarlierFile()
     QVERIFY(run.started);
     QVERIFY2(!run.crashed && run.exitCode == 0, run.standardError.constData());
     QVERIFY2(run.standardOutput.contains("only the earlier file"), run.standardOutput.constData());
-    QCOMPARE(bytesOf(target), earlier);
+    QCOMPARE(testsupport::fileBytes(target), earlier);
     QCOMPARE(entriesOf(output), QStringList{QStringLiteral("shot.png")});
 }
 

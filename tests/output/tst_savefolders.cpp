@@ -13,15 +13,11 @@ class SaveFoldersTest : public SaveTestCase
     Q_OBJECT
 
 private slots:
-    void initTestCase() { setUpRun(); }
-    void init() { setUpTest(); }
     // The folder picker starts in the output folder, shows folders only and
     // keeps links unresolved; cancelling it changes nothing.
     void chooseOutDirCancelledChangesNothing()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         QPushButton* button = addChooseOutDirButton(d);
         const auto before = listTree(m_home);
         QString caption;
@@ -55,9 +51,7 @@ private slots:
     // I'm doing" takes the existing "Osl_Output#".
     void chooseOutDirSameParentTwice()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         QPushButton* button = addChooseOutDirButton(d);
         const QString first = m_home + QStringLiteral("/Pictures/Keyed");
         const QString other = m_home + QStringLiteral("/Pictures/Other");
@@ -76,8 +70,7 @@ private slots:
         QWidget* parent = &d;
         ModalAnswerer answerer([&](QWidget* modal) {
             if (auto* picker = qobject_cast<QFileDialog*>(modal)) {
-                picker->setDirectory(pick);
-                static_cast<QDialog*>(picker)->accept(); // the "Choose" button
+                chooseFolder(picker, pick);
             } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
                 warningText = box->text();
                 warningButtons = box->buttons();
@@ -88,10 +81,7 @@ private slots:
                 icon = box->icon();
                 title = box->windowTitle();
                 parent = box->parentWidget();
-                QAbstractButton* press = buttonWithText(box, answer);
-                if (!press)
-                    return dismiss(modal);
-                QTest::mouseClick(press, Qt::LeftButton);
+                pressButton(box, answer);
             } else {
                 dismiss(modal);
             }
@@ -141,9 +131,7 @@ private slots:
     // name), going ahead makes the chosen folder itself the output folder.
     void chooseOutDirFallsBackToChosenFolder()
     {
-        widgettest::Window dFixture(widgettest::WindowSetup::onTheGlobalsAsSet());
-        QVERIFY(dFixture.ok());
-        Dialog& d = *dFixture.dialog;
+        Dialog& d = window();
         QPushButton* button = addChooseOutDirButton(d);
         const QString chosen = m_home + QStringLiteral("/Blocked");
         QVERIFY(QDir().mkpath(chosen));
@@ -153,14 +141,10 @@ private slots:
         bool warned = false;
         ModalAnswerer answerer([&](QWidget* modal) {
             if (auto* picker = qobject_cast<QFileDialog*>(modal)) {
-                picker->setDirectory(chosen);
-                static_cast<QDialog*>(picker)->accept(); // the "Choose" button
+                chooseFolder(picker, chosen);
             } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
                 warned = box->text() == kWarningText;
-                QAbstractButton* press = buttonWithText(box, kCreateAnyway);
-                if (!press)
-                    return dismiss(modal);
-                QTest::mouseClick(press, Qt::LeftButton);
+                pressButton(box, kCreateAnyway);
             } else {
                 dismiss(modal);
             }

@@ -11,40 +11,17 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QFileInfo>
 #include <QGraphicsView>
 #include <QImageReader>
 #include <QListWidget>
-#include <QMimeData>
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
 
-namespace {
-
-// Drops one file on the centre of `list`, as a file manager would.
-bool dropFile(QListWidget* list, const QString& path)
-{
-    QWidget* target = list->viewport();
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(path)});
-    const QPoint at = target->rect().center();
-    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &enter);
-    if (!enter.isAccepted())
-        return false;
-    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &drop);
-    return true;
-}
-
-} // namespace
-
-class SaveOddNamesTest : public QObject
+class SaveOddNamesTest : public widgettest::WindowTestCase
 {
     Q_OBJECT
 
@@ -57,8 +34,6 @@ private slots:
         QVERIFY(m_opener.isValid());
         m_opener.putFirstOnPath();
     }
-
-    void cleanup() { widgettest::resetGlobals(); }
 
     void blankInFolderQuoteAndBackslashInName();
 };
@@ -87,7 +62,7 @@ void SaveOddNamesTest::blankInFolderQuoteAndBackslashInName()
     QVERIFY(foregrounds && saveImage);
 
     // The photo comes in by a drop and is chosen by a click on its item.
-    QVERIFY(dropFile(foregrounds, photo));
+    QVERIFY(widgettest::dropFiles(foregrounds->viewport(), {photo}));
     QCOMPARE(foregrounds->count(), 3);
     QCOMPARE(foregrounds->item(2)->text(), photo);
     widgettest::clickRow(foregrounds, 2);

@@ -181,6 +181,27 @@ double share(const QImage& image, const QRect& rect, Test isIt)
 
 } // namespace
 
+int colourDistance(QRgb a, QColor b)
+{
+    return qAbs(qRed(a) - b.red()) + qAbs(qGreen(a) - b.green()) + qAbs(qBlue(a) - b.blue());
+}
+
+double colourShare(const QImage& image, const QRect& rect, QColor colour)
+{
+    return share(image, rect, [colour](QRgb p) { return colourDistance(p, colour) < 60; });
+}
+
+int lowestContentRow(const QImage& window, const QRect& area)
+{
+    const int bottom = area.bottom() - 24;
+    const QRgb empty = window.pixel(area.center().x(), bottom);
+    for (int y = bottom; y >= area.top(); --y)
+        for (int x = area.left() + 4; x <= area.right() - 4; ++x)
+            if (colourDistance(window.pixel(x, y), QColor(empty)) > 30)
+                return y;
+    return -1;
+}
+
 double greenShare(const QImage& image, const QRect& rect)
 {
     return share(image, rect, [](QRgb p) {

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QSet>
 
 namespace testsupport {
 
@@ -30,18 +29,7 @@ QMap<QString, QString> listTree(const QString& root)
 
 QStringList changedEntries(const QMap<QString, QString>& before, const QMap<QString, QString>& after)
 {
-    QSet<QString> keys;
-    for (auto it = before.cbegin(); it != before.cend(); ++it)
-        keys.insert(it.key());
-    for (auto it = after.cbegin(); it != after.cend(); ++it)
-        keys.insert(it.key());
-    QStringList changed;
-    for (const QString& key : std::as_const(keys)) {
-        if (before.value(key) != after.value(key))
-            changed << key;
-    }
-    changed.sort();
-    return changed;
+    return differingKeys(before, after);
 }
 
 } // namespace testsupport

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/hostilecorpus.h"
 
+#include "tests/support/foldertree.h"
 #include "tests/support/testsupport.h"
 
 #include <QBuffer>
@@ -188,18 +189,7 @@ QMap<QString, QByteArray> snapshotTree(const QString& root)
 
 QStringList treeDifferences(const QMap<QString, QByteArray>& before, const QMap<QString, QByteArray>& after)
 {
-    QSet<QString> paths;
-    for (auto it = before.cbegin(); it != before.cend(); ++it)
-        paths.insert(it.key());
-    for (auto it = after.cbegin(); it != after.cend(); ++it)
-        paths.insert(it.key());
-    QStringList different;
-    for (const QString& path : std::as_const(paths)) {
-        if (before.value(path) != after.value(path))
-            different << path;
-    }
-    different.sort();
-    return different;
+    return differingKeys(before, after);
 }
 
 } // namespace testsupport

@@ -149,6 +149,20 @@ QByteArray fileBytes(const QString& path)
     return file.readAll();
 }
 
+int sourceLineOf(const QString& file, const QString& text)
+{
+    QFile source(QStringLiteral(PLENDRA_SOURCE_DIR "/") + file);
+    if (!source.open(QIODevice::ReadOnly))
+        return 0;
+    int line = 0;
+    while (!source.atEnd()) {
+        ++line;
+        if (QString::fromUtf8(source.readLine()).contains(text))
+            return line;
+    }
+    return 0;
+}
+
 namespace {
 
 ChildRun runChild(const QString& program, const QStringList& arguments, const QProcessEnvironment& env)

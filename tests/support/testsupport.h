@@ -50,6 +50,10 @@ bool samePixels(const QImage& a, const QImage& b);
 // The bytes of a file, to show afterwards that nothing wrote to it.
 QByteArray fileBytes(const QString& path);
 
+// The number of the first line of the program's source file `file` (a path
+// below the source folder) that holds `text`, or 0.
+int sourceLineOf(const QString& file, const QString& text);
+
 // Runs this test program again as a child that only calls the scenario
 // registered under `name`, and reports how it ended.
 struct ChildRun
