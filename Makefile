@@ -3,13 +3,24 @@
 # missing, configures on first use and builds before it does its work. The
 # generator is asked for only when a tree is configured, after the installs.
 
-BUILD ?= build
-BENCH_BUILD ?= build-bench
 WERROR ?= OFF
+# SANITIZE=ON builds the tree with AddressSanitizer and UndefinedBehaviorSanitizer
+# (LeakSanitizer included), optimised lightly with line tables, in a folder of
+# its own, and runs every test there (`make sanitize` is `make test SANITIZE=ON`).
+SANITIZE ?= OFF
+SANITIZE_BUILD ?= build-sanitize
+ifeq ($(SANITIZE),ON)
+BUILD ?= $(SANITIZE_BUILD)
+TREE_FLAGS = -DCMAKE_BUILD_TYPE=Debug "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1" -DPLENDRA_SANITIZE=ON
+else
+BUILD ?= build
+TREE_FLAGS =
+endif
+BENCH_BUILD ?= build-bench
 GENERATOR = $(shell command -v ninja >/dev/null 2>&1 && echo Ninja || echo "Unix Makefiles")
 JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu 2>/dev/null || echo 2)
 
-.PHONY: all deps configure build run test package package-test bench sanitize sanitize-build clean
+.PHONY: all deps configure build run test package package-build package-test bench sanitize clean
 
 all: build
 
@@ -19,13 +30,13 @@ all: build
 PURPOSE = test
 run: PURPOSE = build
 bench: PURPOSE = bench
-package package-test: PURPOSE = package
+package package-build package-test: PURPOSE = package
 
 deps:
 	@./scripts/install-deps.sh $(PURPOSE)
 
 $(BUILD)/CMakeCache.txt: | deps
-	cmake -S . -B $(BUILD) -G "$(GENERATOR)" -DPLENDRA_WERROR=$(WERROR)
+	cmake -S . -B $(BUILD) -G "$(GENERATOR)" $(TREE_FLAGS) -DPLENDRA_WERROR=$(WERROR)
 
 configure: deps $(BUILD)/CMakeCache.txt
 	cmake -S . -B $(BUILD) -DPLENDRA_WERROR=$(WERROR) >/dev/null
@@ -41,6 +52,8 @@ run: configure
 	cd $(BUILD) && ./Plendra.app/Contents/MacOS/Plendra
 
 # Every test but the package's, which installs and removes a system package.
+# In a sanitizers' tree each test runs with the sanitizers' options set by the
+# tree itself (tests/CMakeLists.txt), so plain ctest there does the same.
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) -LE package
 
@@ -49,8 +62,12 @@ package: build
 	cmake --build $(BUILD) --target package
 
 # Builds the .deb, installs it with apt-get, keys and saves with the installed
-# program, removes it. Needs root (CI runs it on a throwaway machine).
-package-test: build
+# program, removes it. Needs root (CI runs it on a throwaway machine). Builds
+# only what the package holds and the test that uses it, not every test.
+package-build: configure
+	cmake --build $(BUILD) -j $(JOBS) --target plendra_packaged tst_installed_save
+
+package-test: package-build
 	cd $(BUILD) && ctest --output-on-failure -L package
 
 # A separate optimised tree, so that the benchmark never measures a debug build.
@@ -63,24 +80,10 @@ bench: deps
 	./bench/hotfolder_bench.sh $(BENCH_BUILD)
 
 
-# Every unit and widget test again, built with AddressSanitizer and
-# UndefinedBehaviorSanitizer (LeakSanitizer included) in a tree of its own.
-# Line tables are all a sanitizer's report needs; the tests that start the
-# program on a virtual screen are not built there.
-SANITIZE_BUILD ?= build-sanitize
-sanitize-build: deps
-	@test -f $(SANITIZE_BUILD)/CMakeCache.txt || cmake -S . -B $(SANITIZE_BUILD) -G "$(GENERATOR)" \
-	  -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 -DPLENDRA_SANITIZE=ON -DPLENDRA_E2E_TESTS=OFF \
-	  -DPLENDRA_WERROR=$(WERROR)
-	cmake --build $(SANITIZE_BUILD) -j $(JOBS)
-
-sanitize: sanitize-build
-	cd $(SANITIZE_BUILD) && \
-	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1:detect_stack_use_after_return=1 \
-	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/lsan.supp:print_suppressions=0 \
-	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --output-on-failure -j $(JOBS) -LE "e2e|package"
-
+# Every test, built with AddressSanitizer and UndefinedBehaviorSanitizer
+# (LeakSanitizer included), in build-sanitize/.
+sanitize:
+	$(MAKE) test SANITIZE=ON
 
 clean:
-	rm -rf $(BUILD) $(BENCH_BUILD) $(SANITIZE_BUILD)
+	rm -rf build $(BENCH_BUILD) $(SANITIZE_BUILD)
