@@ -274,10 +274,11 @@ BackdropEstimate estimateBackdrop(const QImage& photo)
     std::optional<Judgement> best;
     for (const BackdropFamily family : {BackdropFamily::Green, BackdropFamily::Blue}) {
         for (const QRgb seed : seedsOf(g, family)) {
-            // Seeded from one bin, then moved twice to the middle of what its
-            // key takes: the whole backdrop, falloff included.
+            // Seeded from one bin (the border's, often the darkest), then
+            // moved until it stays, at most five times, to the middle of
+            // what its key takes: the whole backdrop, falloff included.
             Judgement j = judge(g, seed, family, taken);
-            for (int round = 0; round < 2; ++round) {
+            for (int round = 0; round < 5; ++round) {
                 const QRgb middle = medianColour(g, taken, j.colour);
                 if (middle == j.colour || familyOf(middle) != family)
                     break;

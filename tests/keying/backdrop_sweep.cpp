@@ -39,7 +39,10 @@ int main(int argc, char** argv)
         worstAlike = std::min(worstAlike, alike);
         if (alike < 0.99) {
             ++belowAlike;
-            std::printf("below 99 %%: seed %u alike %.4f\n", first + quint32(i), alike);
+            std::printf("below 99 %%: seed %u (%s, %s, %s, falloff %.2f, grain %.1f, %dx%d) alike %.4f, auto #%06X, click #%06X\n",
+                        first + quint32(i), qPrintable(boothscenes::placementName(spec.placement)), spec.blue ? "blue" : "green",
+                        spec.dark ? "dark" : "bright", spec.falloff, spec.noise, spec.width, spec.height, alike,
+                        unsigned(found.colour & 0xFFFFFF), unsigned(click & 0xFFFFFF));
         }
         if (boothscenes::truthMismatch(scene.photo, found.colour, scene.truth)
             > boothscenes::truthMismatch(scene.photo, click, scene.truth) + 0.002)
