@@ -117,7 +117,7 @@ const QList<OptionEntry>& optionTable()
         entry({"j", "jobs"}, "N", "photos keyed at once (default: the machine's cores)"),
         entry({"shard"}, "K/N", "take only the K-th of N equal shares of the photos (for several machines)"),
         entry({"json"}, {},
-              "one JSON object a line per photo (name, output, key colour, replaced share, ms, error)"),
+              "one JSON object a line per photo (name, output, outputs, key colour, replaced share, ms, error)"),
         entry({"h", "help"}, {}, "show this help"),
         entry({"version"}, {}, "show the version"),
     };
