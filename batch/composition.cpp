@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "batch/composition.h"
 
-#include "keying/cutout.h"
 #include "keying/pipeline.h"
 
 #include <utility>
@@ -9,17 +8,17 @@
 namespace batch {
 
 KeyedPhoto::KeyedPhoto(QImage photo, QRgb key, int backgrounds)
-    : m_photo(std::move(photo)), m_key(key)
+    : m_photo(std::move(photo)), m_key(key), m_inPlace(backgrounds <= 1)
 {
-    if (backgrounds > 1)
-        m_cutOut = keying::cutOut(m_photo, m_key);
+    if (!m_inPlace)
+        m_mask = keying::backdropMask(m_photo, m_key);
 }
 
-QImage KeyedPhoto::composedOnto(const QImage& fittedBackground)
+QImage KeyedPhoto::composedOnto(const QImage& fittedBackground, QImage& buffer)
 {
-    if (m_cutOut.isNull()) // one background: the photo is handed over and keyed in place
+    if (m_inPlace) // the photo is handed over and keyed in place
         return keying::savedForm(keying::compositeWithKey(std::move(m_photo), fittedBackground, m_key));
-    return keying::savedForm(keying::compositeFromCutOut(m_photo, m_cutOut, fittedBackground, m_key));
+    return keying::savedForm(keying::compositeWithMask(m_photo, m_mask, fittedBackground, buffer));
 }
 
 } // namespace batch

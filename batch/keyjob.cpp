@@ -99,8 +99,17 @@ std::vector<Written> composeAll(KeyedPhoto& keyed, const KeySettings& settings, 
     const int count = int(outputPaths.size());
     std::vector<Written> results(size_t(count), Written{});
     auto one = [&](int i) {
-        const QImage composite = keyed.composedOnto(layers.fittedBackground(i, photoSize));
-        results[size_t(i)] = write(finished(composite, settings, layers), settings, outputPaths[i]);
+        // Each thread makes composite after composite in the memory of the
+        // one it wrote last, which it keeps until it ends: fresh memory costs
+        // more than copying the photo into memory already in use.
+        thread_local QImage compositeBuffer;
+        QImage composite = keyed.composedOnto(layers.fittedBackground(i, photoSize), compositeBuffer);
+        results[size_t(i)] = write(finished(std::move(composite), settings, layers), settings, outputPaths[i]);
+        // Let go of the buffer, so that this thread's next composite reuses
+        // it; with one background the written image is the photo's memory,
+        // kept for the next photo.
+        if (count > 1)
+            results[size_t(i)].image = QImage();
     };
     const auto done = std::make_shared<QSemaphore>();
     int helpers = 0;
@@ -176,6 +185,8 @@ PhotoResult keyPhoto(const KeySettings& settings, Layers& layers, const PhotoFil
         // changes it in place.
         KeyedPhoto keyed(std::move(photo), *key, int(outputPaths.size()));
         written = composeAll(keyed, settings, layers, photoSize, outputPaths);
+        if (written.back().image.isNull())
+            written.back().image = keyed.takePhoto();
     }
     for (Written& w : written) {
         if (!w.error.isEmpty() && r.error.isEmpty()) {

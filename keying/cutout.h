@@ -18,14 +18,6 @@ namespace keying {
 // null photo.
 QImage cutOut(const QImage& photo, QRgb key);
 
-// The composite compositeWithKey(photo, fittedBackground, key) makes, built
-// from the photo and its cut-out for that key (cutOut(photo, key)) without
-// keying again: a photo keyed once is laid on several backgrounds this way,
-// each composite byte for byte the one keying it onto that background gives.
-// Photos as they are decoded (32-bit RGB or ARGB) take the cut-out; a photo
-// of another format is keyed again, with the key mask's own per-pixel reads.
-QImage compositeFromCutOut(QImage photo, const QImage& cutOut, const QImage& fittedBackground, QRgb key);
-
 // The share of the photo's pixels (0 to 1) that keying with `key` replaces;
 // 0 for an empty photo.
 double backdropShare(const QImage& photo, QRgb key);

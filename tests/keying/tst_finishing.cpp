@@ -4,6 +4,7 @@
 // the overlay (transparent, half and opaque pixels), and the composite made
 // from a photo keyed once, byte for byte the composite of keying it onto that
 // background.
+#include "keying/backdropmask.h"
 #include "keying/cutout.h"
 #include "keying/finishing.h"
 #include "keying/pipeline.h"
@@ -168,10 +169,10 @@ private slots:
         QVERIFY(std::abs(qRed(cut.pixel(16, 5)) - 200) <= 2);
     }
 
-    // Keyed once into a cut-out, laid on a background: byte for byte the
+    // Keyed once into a mask, laid on a background: byte for byte the
     // composite of keying onto that background, for every photo and
     // background format the key mask treats its own way.
-    void compositeFromCutOutEqualsKeying_data()
+    void compositeWithMaskEqualsKeying_data()
     {
         QTest::addColumn<QImage::Format>("photoFormat");
         QTest::addColumn<QImage::Format>("backgroundFormat");
@@ -188,7 +189,7 @@ private slots:
         }
     }
 
-    void compositeFromCutOutEqualsKeying()
+    void compositeWithMaskEqualsKeying()
     {
         QFETCH(QImage::Format, photoFormat);
         QFETCH(QImage::Format, backgroundFormat);
@@ -208,7 +209,10 @@ private slots:
                                         photoFormat);
         const QImage background = withFormat(testsupport::randomImage(48, 40, QImage::Format_ARGB32, 11), backgroundFormat);
         const QImage keyed = keying::compositeWithKey(photo, background, key);
-        const QImage fromCut = keying::compositeFromCutOut(photo, keying::cutOut(photo, key), background, key);
+        const keying::BackdropMask mask = keying::backdropMask(photo, key);
+        QCOMPARE(mask.valid, photoFormat == QImage::Format_RGB32 || photoFormat == QImage::Format_ARGB32);
+        QImage buffer;
+        const QImage fromCut = keying::compositeWithMask(photo, mask, background, buffer);
         QCOMPARE(fromCut.format(), keyed.format());
         QCOMPARE(fromCut.size(), keyed.size());
         for (int y = 0; y < keyed.height(); ++y)
@@ -218,6 +222,38 @@ private slots:
         QImage plain = keyed.format() == photo.format() ? photo : photo.convertToFormat(keyed.format());
         oracle::maskOut(plain, background, key);
         QCOMPARE(fromCut.convertToFormat(QImage::Format_ARGB32), plain.convertToFormat(QImage::Format_ARGB32));
+        // Again into the buffer's memory, now in use: the same bytes, no new
+        // image.
+        if (mask.valid) {
+            QImage reused;
+            static_cast<void>(keying::compositeWithMask(photo, mask, background, reused)); // let go at once
+            const uchar* memory = reused.constBits();
+            const QImage again = keying::compositeWithMask(photo, mask, testsupport::randomImage(48, 40, QImage::Format_RGB32, 12), reused);
+            QCOMPARE(again.constBits(), memory);
+            QImage other = photo;
+            oracle::maskOut(other, testsupport::randomImage(48, 40, QImage::Format_RGB32, 12), key);
+            QCOMPARE(again.convertToFormat(QImage::Format_ARGB32), other.convertToFormat(QImage::Format_ARGB32));
+        }
+    }
+
+    // A large photo's mask is worked out over the pool's threads: the same
+    // composite as keying it.
+    void largePhotoMaskEqualsKeying()
+    {
+        QImage photo = testsupport::studioShot(1600, 1000, QColor(40, 180, 60), 4);
+        // What the encoders write besides pixels goes with the composite.
+        photo.setDotsPerMeterX(11811);
+        photo.setDotsPerMeterY(5905);
+        photo.setText(QStringLiteral("Author"), QStringLiteral("booth"));
+        const QImage background = testsupport::backgroundPicture(1600, 1000, 5).convertToFormat(QImage::Format_RGB32);
+        const QRgb key = keying::keyColourAt(photo, QPoint(3, 3));
+        QImage buffer;
+        const QImage viaMask = keying::compositeWithMask(photo, keying::backdropMask(photo, key), background, buffer);
+        QVERIFY(testsupport::samePixels(viaMask, keying::compositeWithKey(photo, background, key)));
+        QCOMPARE(viaMask.format(), keying::compositeWithKey(photo, background, key).format());
+        QCOMPARE(viaMask.dotsPerMeterX(), 11811);
+        QCOMPARE(viaMask.dotsPerMeterY(), 5905);
+        QCOMPARE(viaMask.text(QStringLiteral("Author")), QStringLiteral("booth"));
     }
 };
 
