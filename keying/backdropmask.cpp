@@ -77,13 +77,34 @@ BackdropMask backdropMask(const QImage& photo, QRgb key)
     unsigned char* bits = m.bits.data();
     const qsizetype stride = m.bytesPerRow;
     const int width = m.width;
+    // The key mask itself decides, with its vector row loops, on short bands
+    // of rows copied into memory each thread keeps: keyed against a wholly
+    // transparent background, a pixel it takes becomes 0, and a pixel that
+    // was 0 before has no colour, which no key takes.
     forRowsOnPool(m.height, qsizetype(m.width) * m.height, [&](int first, int end) {
-        for (int y = first; y < end; ++y) {
-            const auto* row = reinterpret_cast<const QRgb*>(photo.constScanLine(y));
-            unsigned char* out = bits + y * stride;
-            for (int x = 0; x < width; ++x) {
-                if (isBackdrop(k, row[x]))
-                    out[x >> 3] |= static_cast<unsigned char>(1u << (x & 7));
+        thread_local QImage band;
+        thread_local QImage clear;
+        constexpr int kBandRows = 16;
+        if (band.width() != width) {
+            band = QImage(width, kBandRows, QImage::Format_ARGB32);
+            clear = QImage(width, kBandRows, QImage::Format_ARGB32);
+            clear.fill(0u);
+        }
+        for (int y0 = first; y0 < end; y0 += kBandRows) {
+            // A last short band keys the rows of the one before again too;
+            // only its own rows are read back.
+            const int rows = std::min(kBandRows, end - y0);
+            for (int r = 0; r < rows; ++r)
+                std::memcpy(band.scanLine(r), photo.constScanLine(y0 + r), size_t(width) * sizeof(QRgb));
+            maskOut(band, clear, key);
+            for (int r = 0; r < rows; ++r) {
+                const auto* keyed = reinterpret_cast<const QRgb*>(band.constScanLine(r));
+                const auto* own = reinterpret_cast<const QRgb*>(photo.constScanLine(y0 + r));
+                unsigned char* out = bits + (y0 + r) * stride;
+                for (int x = 0; x < width; ++x) {
+                    if (keyed[x] == 0 && (own[x] & 0x00FFFFFFu) != 0)
+                        out[x >> 3] |= static_cast<unsigned char>(1u << (x & 7));
+                }
             }
         }
     });
@@ -133,9 +154,15 @@ QImage compositeWithMask(const QImage& photo, const BackdropMask& mask, const QI
             auto* c = reinterpret_cast<QRgb*>(out + y * outStride);
             const unsigned char* m = bits + y * stride;
             std::memcpy(c, p, size_t(w) * sizeof(QRgb));
-            for (int x = 0; x < w; ++x) {
-                if (m[x >> 3] & (1u << (x & 7)))
-                    c[x] = b[x] | fill;
+            for (int x = 0; x < w; x += 8) {
+                const unsigned byte = m[x >> 3];
+                if (byte == 0)
+                    continue; // eight pixels of the subject
+                const int n = std::min(8, w - x);
+                for (int i = 0; i < n; ++i) {
+                    if (byte & (1u << i))
+                        c[x + i] = b[x + i] | fill;
+                }
             }
         }
     });
