@@ -170,8 +170,10 @@ PhotoResult keyPhoto(const KeySettings& settings, Layers& layers, const PhotoFil
         return finish(unreadableReason(file.bytes));
     QString noKey;
     const std::optional<QRgb> key = keyFor(settings, photo, &noKey);
-    if (!key)
+    if (!key) {
+        decodeBuffer = std::move(photo);
         return finish(noKey);
+    }
     r.key = *key;
     if (settings.measureShare)
         r.replacedShare = keying::backdropShare(photo, *key);
