@@ -50,6 +50,8 @@ KeySettings keySettingsFor(const BatchOptions& o)
     KeySettings s;
     s.keyPoint = o.keyPoint;
     s.keyColour = o.keyColour;
+    s.autoKey = o.autoKey;
+    s.printSize = o.printSize;
     s.format = o.format;
     s.quality = o.quality;
     s.transparent = o.transparent;
@@ -60,7 +62,9 @@ KeySettings keySettingsFor(const BatchOptions& o)
 // What a run starts from once its arguments have been checked.
 struct Prepared
 {
-    QImage background;
+    QList<QImage> backgrounds;
+    QStringList backgroundNames;
+    QImage overlay;
     QString output;
     GatheredPhotos gathered;
 };
@@ -69,13 +73,23 @@ struct Prepared
 // usage failure's exit status when any of it cannot be done.
 int prepare(const BatchOptions& o, Prepared& p)
 {
+    // A FIFO given as a background or overlay would hold the run for ever.
+    const auto readPicture = [](const QString& path) {
+        return notRegularReason(path).isEmpty() ? keying::readPhoto(path) : QImage();
+    };
     if (!o.transparent) {
-        // A FIFO given as the background would hold the run for ever.
-        const QString notRegular = notRegularReason(o.background);
-        if (notRegular.isEmpty())
-            p.background = keying::readPhoto(o.background);
-        if (p.background.isNull())
-            return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(o.background, unreadableReason(o.background)));
+        for (const QString& background : o.backgrounds) {
+            const QImage picture = readPicture(background);
+            if (picture.isNull())
+                return usageFailure(QStringLiteral("cannot read the background %1: %2").arg(background, unreadableReason(background)));
+            p.backgrounds << picture;
+            p.backgroundNames << QFileInfo(background).completeBaseName();
+        }
+    }
+    if (!o.overlay.isEmpty()) {
+        p.overlay = readPicture(o.overlay);
+        if (p.overlay.isNull())
+            return usageFailure(QStringLiteral("cannot read the overlay %1: %2").arg(o.overlay, unreadableReason(o.overlay)));
     }
     p.output = readyOutputFolder(o.outputFolder);
     if (p.output.isEmpty())
@@ -140,7 +154,8 @@ int runBatch(const BatchOptions& o)
     for (const QString& problem : std::as_const(p.gathered.problems))
         reporter.problem(problem);
 
-    BatchRun run(keySettingsFor(o), p.background, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), o.watch);
+    Layers layers(p.backgrounds, p.backgroundNames, p.overlay);
+    BatchRun run(keySettingsFor(o), layers, p.output, o.jobs > 0 ? o.jobs : QThread::idealThreadCount(), o.watch);
     std::optional<Journal> journal;
     std::optional<HotFolderWatch> watch;
     std::optional<WatchRun> watchRun;

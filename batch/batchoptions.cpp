@@ -6,6 +6,7 @@
 #include "state/version.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace batch {
@@ -30,6 +31,35 @@ std::optional<QRgb> colourFrom(const QString& text)
     if (!m.hasMatch())
         return std::nullopt;
     return QRgb(0xFF000000u | m.captured(1).toUInt(nullptr, 16));
+}
+
+// Print sizes up to 100 megapixels, the largest photos a camera takes.
+constexpr qint64 kMaxPrintPixels = 100'000'000;
+
+std::optional<QSize> sizeFrom(const QString& text)
+{
+    static const QRegularExpression form(QStringLiteral("^\\s*(\\d{1,6})\\s*[xX]\\s*(\\d{1,6})\\s*$"));
+    const QRegularExpressionMatch m = form.match(text);
+    if (!m.hasMatch())
+        return std::nullopt;
+    const QSize size(m.captured(1).toInt(), m.captured(2).toInt());
+    if (size.isEmpty() || qint64(size.width()) * size.height() > kMaxPrintPixels)
+        return std::nullopt;
+    return size;
+}
+
+// The backgrounds' base names, which name the composites: the first that
+// two backgrounds share, or empty.
+QString sharedBaseName(const QStringList& backgrounds)
+{
+    QStringList seen;
+    for (const QString& b : backgrounds) {
+        const QString base = QFileInfo(b).completeBaseName();
+        if (seen.contains(base))
+            return base;
+        seen << base;
+    }
+    return QString();
 }
 
 bool numberIn(const QString& text, int low, int high, int* value)
@@ -60,7 +90,7 @@ ParsedCommandLine usageError(const QString& message)
 // error means the options are usable.
 QString readOptions(const QCommandLineParser& p, BatchOptions& o)
 {
-    o.background = p.value(QStringLiteral("background"));
+    o.backgrounds = p.values(QStringLiteral("background"));
     o.outputFolder = p.value(QStringLiteral("output"));
     o.transparent = p.isSet(QStringLiteral("transparent"));
     o.watch = p.isSet(QStringLiteral("watch"));
@@ -68,13 +98,29 @@ QString readOptions(const QCommandLineParser& p, BatchOptions& o)
     o.poll = p.isSet(QStringLiteral("poll"));
     o.inputs = p.positionalArguments();
     if (p.isSet(QStringLiteral("key-point")) == p.isSet(QStringLiteral("key-colour")))
-        return QStringLiteral("give either -k X,Y or -c '#RRGGBB'");
+        return QStringLiteral("give either -k X,Y or -c '#RRGGBB' or -c auto");
     if (p.isSet(QStringLiteral("key-point")) && !(o.keyPoint = pointFrom(p.value(QStringLiteral("key-point")))))
         return QStringLiteral("the key point must be X,Y in photo pixels, as in 20,30");
-    if (p.isSet(QStringLiteral("key-colour")) && !(o.keyColour = colourFrom(p.value(QStringLiteral("key-colour")))))
-        return QStringLiteral("the key colour must be #RRGGBB, as in #20C040");
-    if (o.background.isEmpty() && !o.transparent)
+    if (p.isSet(QStringLiteral("key-colour"))) {
+        const QString colour = p.value(QStringLiteral("key-colour"));
+        o.autoKey = colour.trimmed().compare(QLatin1String("auto"), Qt::CaseInsensitive) == 0;
+        if (!o.autoKey && !(o.keyColour = colourFrom(colour)))
+            return QStringLiteral("the key colour must be #RRGGBB, as in #20C040, or auto");
+    }
+    o.backgrounds.removeAll(QString());
+    if (o.backgrounds.isEmpty() && !o.transparent)
         return QStringLiteral("give the background photo with -b FILE (or ask for --transparent)");
+    if (const QString shared = sharedBaseName(o.backgrounds); !shared.isEmpty() && !o.transparent)
+        return QStringLiteral("two backgrounds are named %1: their composites would have one name").arg(shared);
+    if (p.isSet(QStringLiteral("size"))) {
+        const std::optional<QSize> size = sizeFrom(p.value(QStringLiteral("size")));
+        if (!size)
+            return QStringLiteral("the size must be WxH in pixels, as in 1800x1200, at most 100 megapixels");
+        o.printSize = *size;
+    }
+    o.overlay = p.value(QStringLiteral("overlay"));
+    if (p.isSet(QStringLiteral("overlay")) && o.overlay.isEmpty())
+        return QStringLiteral("name the overlay picture with --overlay FILE");
     if (p.isSet(QStringLiteral("format"))) {
         o.format = p.value(QStringLiteral("format")).toLower().toLatin1();
         if (o.format == "jpeg")

@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QPoint>
 #include <QRgb>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -17,9 +18,12 @@ namespace batch {
 
 struct BatchOptions
 {
-    QString background;             // empty only with `transparent`
+    QStringList backgrounds;        // empty only with `transparent`
     std::optional<QPoint> keyPoint; // photo pixel the key colour is taken from
     std::optional<QRgb> keyColour;  // or a fixed key colour
+    bool autoKey = false;           // or the backdrop's own colour, found in each photo
+    QString overlay;                // a frame or logo drawn on top; empty: none
+    QSize printSize;                // invalid: the photo's own size
     QString outputFolder;           // empty: the window's output folder
     QByteArray format;              // "jpg", "png", "tif", "bmp"; empty: the photo's own suffix
     int quality = -1;               // -1: the writer's default, as the window writes

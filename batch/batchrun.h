@@ -5,8 +5,8 @@
 // so that memory stays flat on a folder of any length. Results come back to
 // the thread that owns the run, in the order photos finish.
 
-#include "batch/backgroundfits.h"
 #include "batch/keyjob.h"
+#include "batch/layers.h"
 
 #include <QHash>
 #include <QObject>
@@ -22,12 +22,13 @@ class BatchRun : public QObject
 
 public:
     // `watching`: photos come from a watch, which records what it keyed.
-    BatchRun(const KeySettings& settings, QImage background, const QString& outputFolder, int jobs, bool watching,
+    // `layers`: the run's backgrounds (and overlay), shared by its photos.
+    BatchRun(const KeySettings& settings, Layers& layers, const QString& outputFolder, int jobs, bool watching,
              QObject* parent = nullptr);
     ~BatchRun() override;
 
-    // Queues a photo; it is refused at once when its output would replace a
-    // photo or another photo of the run already writes that name. A watch
+    // Queues a photo; it is refused at once when one of its outputs would
+    // replace a photo or another photo of the run already writes that name. A watch
     // gives the content digest recorded for the photo, if any
     // (keyWatchedPhoto).
     void submit(const QString& photo, const QByteArray& keyedHash = {});
@@ -50,7 +51,7 @@ private:
     const KeySettings m_settings;
     const QString m_outputFolder;
     const bool m_watching;
-    BackgroundFits m_fits;
+    Layers& m_layers;
     QHash<QString, QString> m_claimed; // output path -> the photo writing it
     int m_pending = 0;
     int m_cancelled = 0;

@@ -65,17 +65,37 @@ QString sentence(const QString& text)
 const QList<OptionEntry>& optionTable()
 {
     static const QList<OptionEntry> table = {
-        entry({"b", "background"}, "FILE", "the background photo; fitted to each photo as the window fits it"),
+        entry({"b", "background"}, "FILE",
+              "a background photo, fitted to each photo as the window fits it; give -b again for more backgrounds",
+              "With several backgrounds each photo is decoded and keyed once and composed onto each; "
+              "the composites are named PHOTO_BACKGROUND.EXT, the photo's and the background's base names "
+              "joined by an underscore, and each is the composite a run with that background alone writes. "
+              "Two backgrounds may not share a base name. With one background the composite takes the photo's name."),
         entry({"k", "key-point"}, "X,Y",
               "take the key colour from this pixel of each photo (photo pixels, origin top left)"),
-        entry({"c", "key-colour"}, "COLOUR", "a fixed key colour instead (#RRGGBB)"),
+        entry({"c", "key-colour"}, "COLOUR",
+              "a fixed key colour instead (#RRGGBB), or auto: the backdrop's own colour, found in each photo",
+              "With auto the key colour is the even green or blue colour that holds the photo's border "
+              "on more than one side, taken in the middle of its falloff; a photo without one is refused "
+              "with one line (exit status 1) rather than keyed on whatever green or blue it holds. "
+              "--json reports the colour found as keyColour."),
         entry({"o", "output"}, "DIR",
               "where composites go (default: the window's output folder, Documents/Plendra)"),
         entry({"f", "format"}, "FMT", "the output format: jpg, png, tif or bmp (default: each photo's own suffix, as the window saves)",
               "The composite's name then takes that suffix."),
         entry({"q", "quality"}, "N", "JPEG quality 0-100 (default: what the window writes)"),
         entry({"transparent"}, {},
-              "write a PNG whose backdrop is transparent instead of a composite (no -b needed)"),
+              "write a PNG whose backdrop is transparent instead of a composite (no -b needed)",
+              "Backgrounds given are not used: one cut-out per photo. --size and --overlay finish the cut-out "
+              "as they finish a composite."),
+        entry({"overlay"}, "FILE",
+              "a frame or logo drawn over each composite: a PNG with transparency, stretched to the composite's size",
+              "Where the overlay is transparent the composite shows unchanged, where it is opaque the overlay's "
+              "pixel is written, in between the two are blended. It is drawn at the final size, after --size."),
+        entry({"size"}, "WxH",
+              "scale each composite smoothly to cover WxH pixels and cut it to that size in its middle (default: the photo's own size)",
+              "A 3:2 shot fills a 6x4 print at 1800x1200 without bars; a portrait shot into a landscape size "
+              "keeps its middle band."),
         entry({"w", "watch"}, {},
               "after the photos given, keep keying every new photo that arrives in the FOLDERs",
               "A photo is keyed as soon as it is closed after writing (or moved in) and whole; "
@@ -97,7 +117,7 @@ const QList<OptionEntry>& optionTable()
         entry({"j", "jobs"}, "N", "photos keyed at once (default: the machine's cores)"),
         entry({"shard"}, "K/N", "take only the K-th of N equal shares of the photos (for several machines)"),
         entry({"json"}, {},
-              "one JSON object a line per photo (name, output, key colour, replaced share, ms, error)"),
+              "one JSON object a line per photo (name, output, outputs, key colour, replaced share, ms, error)"),
         entry({"h", "help"}, {}, "show this help"),
         entry({"version"}, {}, "show the version"),
     };
@@ -106,7 +126,7 @@ const QList<OptionEntry>& optionTable()
 
 QString usageLine()
 {
-    return QStringLiteral("Usage: plendra-batch -b BACKGROUND (-k X,Y | -c '#RRGGBB') [options] PHOTO|FOLDER...");
+    return QStringLiteral("Usage: plendra-batch -b BACKGROUND... (-k X,Y | -c '#RRGGBB' | -c auto) [options] PHOTO|FOLDER...");
 }
 
 QString helpText()

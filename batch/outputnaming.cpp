@@ -42,6 +42,20 @@ QString outputPathFor(const QString& outputFolder, const QString& photoPath, con
     return outputFolder + QLatin1Char('/') + photo.completeBaseName() + QLatin1Char('.') + QString::fromLatin1(format);
 }
 
+QStringList outputPathsFor(const QString& outputFolder, const QString& photoPath, const QByteArray& format,
+                           const QStringList& backgroundNames)
+{
+    const QString single = outputPathFor(outputFolder, photoPath, format);
+    if (backgroundNames.size() <= 1)
+        return {single};
+    const QString suffix = QFileInfo(single).suffix();
+    const QString base = outputFolder + QLatin1Char('/') + QFileInfo(photoPath).completeBaseName() + QLatin1Char('_');
+    QStringList paths;
+    for (const QString& background : backgroundNames)
+        paths << base + background + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
+    return paths;
+}
+
 bool wouldReplacePhoto(const QString& outputPath, const QString& photoPath)
 {
     return resolvedPath(outputPath) == resolvedPath(photoPath);

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace batch {
 
@@ -14,6 +15,13 @@ namespace batch {
 // name with `format` as its suffix. "jpeg" and "jpg", "tiff" and "tif" count
 // as one format.
 QString outputPathFor(const QString& outputFolder, const QString& photoPath, const QByteArray& format);
+
+// Every composite of a photo: with one background (or none, for a cut-out)
+// the one path outputPathFor gives; with several, one per background, named
+// PHOTO_BACKGROUND.EXT (the photo's and the background's base names joined by
+// an underscore, the suffix outputPathFor gives).
+QStringList outputPathsFor(const QString& outputFolder, const QString& photoPath, const QByteArray& format,
+                           const QStringList& backgroundNames);
 
 // True when writing `outputPath` would replace the photo itself: the same
 // file, reached through the folder or a link.

@@ -2,6 +2,7 @@
 #include "batch/report.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -36,6 +37,9 @@ QByteArray jsonLine(const PhotoResult& r, const QJsonObject& extra)
     o.insert(QStringLiteral("name"), QFileInfo(r.photo).fileName());
     o.insert(QStringLiteral("photo"), r.photo);
     o.insert(QStringLiteral("output"), r.error.isEmpty() ? QJsonValue(r.output) : QJsonValue());
+    // With several backgrounds, every composite; "output" is the first.
+    if (r.outputs.size() > 1)
+        o.insert(QStringLiteral("outputs"), r.error.isEmpty() ? QJsonValue(QJsonArray::fromStringList(r.outputs)) : QJsonValue());
     o.insert(QStringLiteral("keyColour"), r.key ? QJsonValue(colourName(*r.key)) : QJsonValue());
     o.insert(QStringLiteral("replacedShare"), r.replacedShare >= 0 ? QJsonValue(r.replacedShare) : QJsonValue());
     o.insert(QStringLiteral("ms"), r.ms);
@@ -71,7 +75,8 @@ void Reporter::photoDone(const PhotoResult& r)
         if (r.skipped)
             std::fprintf(m_out, "skipped %s: already keyed (%s)\n", qUtf8Printable(r.photo), qUtf8Printable(r.output));
         else
-            std::fprintf(m_out, "keyed %s -> %s (%lld ms)\n", qUtf8Printable(r.photo), qUtf8Printable(r.output),
+            std::fprintf(m_out, "keyed %s -> %s (%lld ms)\n", qUtf8Printable(r.photo),
+                         qUtf8Printable(r.outputs.size() > 1 ? r.outputs.join(QStringLiteral(", ")) : r.output),
                          static_cast<long long>(r.ms));
     }
     std::fflush(m_out);

@@ -3,8 +3,8 @@
 
 namespace batch {
 
-PhotoResult keyWatchedPhoto(const KeySettings& settings, BackgroundFits& fits, const QString& photoPath,
-                            const QString& outputPath, const QByteArray& keyedHash)
+PhotoResult keyWatchedPhoto(const KeySettings& settings, Layers& layers, const QString& photoPath,
+                            const QStringList& outputPaths, const QByteArray& keyedHash)
 {
     const PhotoFile file = readPhotoFile(photoPath);
     QByteArray hash;
@@ -13,15 +13,16 @@ PhotoResult keyWatchedPhoto(const KeySettings& settings, BackgroundFits& fits, c
         if (hash == keyedHash) {
             PhotoResult same;
             same.photo = photoPath;
-            same.output = outputPath;
+            same.output = outputPaths.value(0);
+            same.outputs = outputPaths;
             same.skipped = true;
             same.identity = file.identity;
             same.contentHash = hash;
             return same;
         }
     }
-    PhotoResult r = keyPhoto(settings, fits, file, photoPath, outputPath);
-    // Worked out once the composite is written: a guest does not wait for it.
+    PhotoResult r = keyPhoto(settings, layers, file, photoPath, outputPaths);
+    // Worked out once every composite is written: a guest does not wait for it.
     if (r.error.isEmpty())
         r.contentHash = hash.isEmpty() ? contentHash(file.bytes) : hash;
     return r;

@@ -13,7 +13,7 @@ namespace batch {
 
 // `keyedHash`: the content digest recorded for this photo, empty when none.
 // A photo whose bytes have that digest comes back `skipped`, not keyed.
-PhotoResult keyWatchedPhoto(const KeySettings& settings, BackgroundFits& fits, const QString& photoPath,
-                            const QString& outputPath, const QByteArray& keyedHash);
+PhotoResult keyWatchedPhoto(const KeySettings& settings, Layers& layers, const QString& photoPath,
+                            const QStringList& outputPaths, const QByteArray& keyedHash);
 
 } // namespace batch

@@ -23,6 +23,8 @@ QString sampleValue(const batch::OptionEntry& o)
         return QStringLiteral("#20C040");
     if (o.valueName == QLatin1String("FMT"))
         return QStringLiteral("png");
+    if (o.valueName == QLatin1String("WxH"))
+        return QStringLiteral("1800x1200");
     if (o.valueName == QLatin1String("K/N"))
         return QStringLiteral("1/2");
     if (o.valueName == QLatin1String("N") || o.valueName == QLatin1String("MS"))

@@ -40,7 +40,10 @@ private slots:
         const auto p = parse({"-b", "bg.jpg", "-k", "12,34", "-o", "out", "-f", "JPEG", "-q", "80", "-j", "3",
                               "--shard", "2/5", "--json", "--settle", "250", "a.jpg", "folder"});
         QVERIFY(p.runs);
-        QCOMPARE(p.options.background, QStringLiteral("bg.jpg"));
+        QCOMPARE(p.options.backgrounds, QStringList({"bg.jpg"}));
+        QVERIFY(!p.options.autoKey);
+        QVERIFY(!p.options.printSize.isValid());
+        QVERIFY(p.options.overlay.isEmpty());
         QCOMPARE(*p.options.keyPoint, QPoint(12, 34));
         QVERIFY(!p.options.keyColour);
         QCOMPARE(p.options.outputFolder, QStringLiteral("out"));
@@ -62,6 +65,22 @@ private slots:
         QCOMPARE(c.options.quality, -1);
     }
 
+    void boothOptionsAreRead()
+    {
+        const auto p = parse({"-b", "a/beach.jpg", "--background", "city.png", "-b", "stars.tif", "-c", "Auto",
+                              "--overlay", "frame.png", "--size", "1800x1200", "in"});
+        QVERIFY2(p.runs, qPrintable(p.standardError));
+        QCOMPARE(p.options.backgrounds, QStringList({"a/beach.jpg", "city.png", "stars.tif"}));
+        QVERIFY(p.options.autoKey);
+        QVERIFY(!p.options.keyColour);
+        QCOMPARE(p.options.overlay, QStringLiteral("frame.png"));
+        QCOMPARE(p.options.printSize, QSize(1800, 1200));
+        // A cut-out ignores the backgrounds, so their names may repeat.
+        const auto c = parse({"--transparent", "-b", "x/a.jpg", "-b", "y/a.png", "-c", "auto", "--size", "600X400", "in"});
+        QVERIFY2(c.runs, qPrintable(c.standardError));
+        QCOMPARE(c.options.printSize, QSize(600, 400));
+    }
+
     void usageErrorsEndWithTheHelpsFirstLine_data()
     {
         QTest::addColumn<QStringList>("args");
@@ -80,6 +99,14 @@ private slots:
         QTest::newRow("transparent as JPEG") << QStringList{"--transparent", "-k", "1,2", "-f", "jpg", "a.jpg"};
         QTest::newRow("unknown option") << QStringList{"-b", "bg.jpg", "-k", "1,2", "--frobnicate", "a.jpg"};
         QTest::newRow("no photo") << QStringList{"-b", "bg.jpg", "-k", "1,2"};
+        QTest::newRow("auto and a key point") << QStringList{"-b", "bg.jpg", "-k", "1,2", "-c", "auto", "a.jpg"};
+        QTest::newRow("colour neither hex nor auto") << QStringList{"-b", "bg.jpg", "-c", "autom", "a.jpg"};
+        QTest::newRow("two backgrounds of one name") << QStringList{"-b", "x/bg.jpg", "-b", "y/bg.png", "-c", "auto", "a.jpg"};
+        QTest::newRow("size without height") << QStringList{"-b", "bg.jpg", "-c", "auto", "--size", "1800", "a.jpg"};
+        QTest::newRow("size zero") << QStringList{"-b", "bg.jpg", "-c", "auto", "--size", "0x1200", "a.jpg"};
+        QTest::newRow("size too large") << QStringList{"-b", "bg.jpg", "-c", "auto", "--size", "20000x10000", "a.jpg"};
+        QTest::newRow("size with a unit") << QStringList{"-b", "bg.jpg", "-c", "auto", "--size", "6x4in", "a.jpg"};
+        QTest::newRow("overlay empty") << QStringList{"-b", "bg.jpg", "-c", "auto", "--overlay", "", "a.jpg"};
     }
 
     void usageErrorsEndWithTheHelpsFirstLine()
@@ -180,6 +207,22 @@ private slots:
         QFETCH(QByteArray, format);
         QFETCH(QString, output);
         QCOMPARE(batch::outputPathFor(QStringLiteral("/out"), photo, format), output);
+    }
+
+    // One background keeps the window's name; several name each composite
+    // PHOTO_BACKGROUND.EXT with the suffix the single name would have.
+    void outputNamesWithSeveralBackgrounds()
+    {
+        const QString out = QStringLiteral("/out");
+        QCOMPARE(batch::outputPathsFor(out, QStringLiteral("/in/guest.JPG"), {}, {QStringLiteral("beach")}),
+                 QStringList({"/out/guest.JPG"}));
+        QCOMPARE(batch::outputPathsFor(out, QStringLiteral("/in/guest.JPG"), {}, {}), QStringList({"/out/guest.JPG"}));
+        QCOMPARE(batch::outputPathsFor(out, QStringLiteral("/in/a.b.JPG"), {}, {QStringLiteral("beach"), QStringLiteral("city.night")}),
+                 QStringList({"/out/a.b_beach.JPG", "/out/a.b_city.night.JPG"}));
+        QCOMPARE(batch::outputPathsFor(out, QStringLiteral("/in/guest.png"), "jpg", {QStringLiteral("beach"), QStringLiteral("city")}),
+                 QStringList({"/out/guest_beach.jpg", "/out/guest_city.jpg"}));
+        QCOMPARE(batch::outputPathsFor(out, QStringLiteral("/in/guest"), {}, {QStringLiteral("beach"), QStringLiteral("city")}),
+                 QStringList({"/out/guest_beach", "/out/guest_city"}));
     }
 
     void guardSeesThePhotoThroughFoldersAndLinks()
