@@ -63,6 +63,7 @@ QString readOptions(const QCommandLineParser& p, BatchOptions& o)
     o.background = p.value(QStringLiteral("background"));
     o.outputFolder = p.value(QStringLiteral("output"));
     o.transparent = p.isSet(QStringLiteral("transparent"));
+    o.soft = p.isSet(QStringLiteral("soft"));
     o.watch = p.isSet(QStringLiteral("watch"));
     o.json = p.isSet(QStringLiteral("json"));
     o.poll = p.isSet(QStringLiteral("poll"));

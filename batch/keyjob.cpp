@@ -4,6 +4,7 @@
 #include "batch/photocheck.h"
 #include "keying/cutout.h"
 #include "keying/pipeline.h"
+#include "keying/softkey.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -16,9 +17,16 @@ namespace batch {
 namespace {
 
 // The image to write: the composite in the form the window saves it, or the
-// cut-out.
+// cut-out; with `soft`, the soft keyer's composite (32-bit RGB) or its
+// straight cut-out.
 QImage keyedImage(const KeySettings& settings, BackgroundFits& fits, QImage photo, QRgb key)
 {
+    if (settings.soft) {
+        QImage cut = keying::softCutOut(photo, key);
+        if (settings.transparent)
+            return cut;
+        return keying::softComposite(cut, fits.fittedTo(photo.size()));
+    }
     if (settings.transparent)
         return keying::cutOut(photo, key);
     const QImage fitted = fits.fittedTo(photo.size());

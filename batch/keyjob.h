@@ -23,6 +23,7 @@ struct KeySettings
     QByteArray format;              // empty: the output name's suffix, as the window saves
     int quality = -1;               // JPEG quality; -1 the writer's default
     bool transparent = false;       // a cut-out instead of a composite
+    bool soft = false;              // the soft keyer instead of the window's hard key
     bool measureShare = false;      // work out the replaced share (an extra pass)
 };
 
