@@ -11,44 +11,44 @@ namespace keying {
 
 namespace {
 
-// Cells of about a 64th of the photo's longer side, never under 16 pixels: a
-// 24-megapixel photo has a grid of 64 x 43, enough for the fall-off of studio
-// light, and the grid's cost stays small whatever the photo's size.
-int cellSizeFor(int width, int height)
+// Subject cells of about a 256th of the photo's longer side, never under 4
+// pixels; backdrop cells four times that: a 24-megapixel photo has a backdrop
+// grid of 63 x 42 (enough for the fall-off of studio light) and a subject
+// grid four times finer, and the grids' cost stays small at any size.
+int subjectCellFor(int width, int height)
 {
-    return std::max(16, (std::max(width, height) + 63) / 64);
+    return std::max(4, (std::max(width, height) + 255) / 256);
 }
 
-bool isSure(const SureBackdrop& s, std::uint32_t px, float* difference)
+float differenceOf(const SureBackdrop& s, float r, float d, float o)
 {
-    const float r = float((px >> 16) & 255u);
-    const float d = float((px >> s.dominantShift) & 255u);
-    const float o = float((px >> s.otherShift) & 255u);
-    *difference = d - softrows::otherTwo(s.cMax, s.cRed, s.cOther, r, o);
-    if (*difference < s.minDifference)
+    return d - softrows::otherTwo(s.cMax, s.cRed, s.cOther, r, o);
+}
+
+// Surely backdrop: strongly of the key's colour, with its channel ratios.
+// Lighting scales the three channels alike, so the backdrop keeps the key
+// colour's ratios where it is darker or brighter; a pixel with some subject
+// in it strays from them.
+bool isSureBackdrop(const SureBackdrop& s, float r, float d, float o, float difference)
+{
+    if (difference < s.minDifference)
         return false;
-    // Lighting scales the three channels alike, so the backdrop keeps the
-    // key colour's ratios where it is darker or brighter; a pixel with some
-    // subject in it strays from them.
     const float slack = s.tolerance * d;
     return std::fabs(r - s.redRatio * d) <= slack && std::fabs(o - s.otherRatio * d) <= slack;
 }
 
+// Pull-push: each coarser level is the weighted mean of the four nodes below
+// it; going back down, a node keeps its own value in the measure of its
+// weight and takes the rest from the coarser level around it. Nodes under
+// the subject thus get the backdrop around them, smoothly.
 struct Level
 {
     int columns = 0, rows = 0;
-    std::vector<PlateColour> colour;
+    std::vector<float> values;
     std::vector<float> weight;
 };
 
-PlateColour blend(const PlateColour& a, const PlateColour& b, float t)
-{
-    return {a.red + (b.red - a.red) * t, a.dominant + (b.dominant - a.dominant) * t, a.other + (b.other - a.other) * t};
-}
-
-// The level's colour at a point in its own cell coordinates (cell centres at
-// whole numbers), bilinear, clamped at the edges.
-PlateColour sampleLevel(const Level& l, float gx, float gy)
+void sampleLevel(const Level& l, int channels, float gx, float gy, float* out)
 {
     gx = std::clamp(gx, 0.0f, float(l.columns - 1));
     gy = std::clamp(gy, 0.0f, float(l.rows - 1));
@@ -58,83 +58,284 @@ PlateColour sampleLevel(const Level& l, float gx, float gy)
     const int j1 = std::min(j0 + 1, l.rows - 1);
     const float fx = gx - float(i0);
     const float fy = gy - float(j0);
-    const auto at = [&](int i, int j) { return l.colour[std::size_t(j) * l.columns + i]; };
-    return blend(blend(at(i0, j0), at(i1, j0), fx), blend(at(i0, j1), at(i1, j1), fx), fy);
+    for (int c = 0; c < channels; ++c) {
+        const auto at = [&](int i, int j) { return l.values[(std::size_t(j) * l.columns + i) * channels + c]; };
+        const float top = at(i0, j0) + (at(i1, j0) - at(i0, j0)) * fx;
+        const float bottom = at(i0, j1) + (at(i1, j1) - at(i0, j1)) * fx;
+        out[c] = top + (bottom - top) * fy;
+    }
 }
 
 } // namespace
 
-CleanPlate::CleanPlate(const QImage& photo, const SureBackdrop& sure, int threads)
+void PlateGrid::setup(int width, int height, int cell, int channels)
 {
-    m_width = photo.width();
-    m_cell = cellSizeFor(photo.width(), photo.height());
-    m_columns = std::max(1, (photo.width() + m_cell - 1) / m_cell);
-    m_rows = std::max(1, (photo.height() + m_cell - 1) / m_cell);
-    measure(photo, sure, threads);
-    fill(sure.key);
-
+    m_width = std::max(0, width);
+    m_cell = std::max(1, cell);
+    m_columns = std::max(1, (width + m_cell - 1) / m_cell);
+    m_rows = std::max(1, (height + m_cell - 1) / m_cell);
+    m_channels = channels;
+    m_values.assign(std::size_t(m_columns) * m_rows * channels, 0.0f);
     // Node i's centre lies at (i + 0.5) cells; photo column x at x + 0.5.
-    m_leftNode.resize(std::size_t(std::max(0, m_width)));
-    m_rightWeight.resize(std::size_t(std::max(0, m_width)));
+    m_rightWeight.resize(std::size_t(m_width));
+    m_segmentEnd.assign(std::size_t(m_columns), 0);
     for (int x = 0; x < m_width; ++x) {
         const float g = (float(x) + 0.5f) / float(m_cell) - 0.5f;
         const int left = std::clamp(int(std::floor(g)), 0, m_columns - 1);
-        m_leftNode[std::size_t(x)] = left;
         m_rightWeight[std::size_t(x)] = left + 1 < m_columns ? std::clamp(g - float(left), 0.0f, 1.0f) : 0.0f;
+        m_segmentEnd[std::size_t(left)] = x + 1;
     }
-    // Photo columns that read nodes i and i + 1 end where the next run starts.
-    m_segmentEnd.assign(std::size_t(m_columns), 0);
-    for (int x = 0; x < m_width; ++x)
-        m_segmentEnd[std::size_t(m_leftNode[std::size_t(x)])] = x + 1;
     for (int i = 1; i < m_columns; ++i)
         m_segmentEnd[std::size_t(i)] = std::max(m_segmentEnd[std::size_t(i)], m_segmentEnd[std::size_t(i - 1)]);
 }
 
+void PlateGrid::fill(std::vector<float> weights, const float* fallback)
+{
+    const int ch = m_channels;
+    std::vector<Level> levels(1);
+    levels[0].columns = m_columns;
+    levels[0].rows = m_rows;
+    levels[0].values = std::move(m_values);
+    levels[0].weight = std::move(weights);
+    while (levels.back().columns > 1 || levels.back().rows > 1) {
+        const Level& fine = levels.back();
+        Level coarse;
+        coarse.columns = (fine.columns + 1) / 2;
+        coarse.rows = (fine.rows + 1) / 2;
+        coarse.values.assign(std::size_t(coarse.columns) * coarse.rows * ch, 0.0f);
+        coarse.weight.assign(std::size_t(coarse.columns) * coarse.rows, 0.0f);
+        for (int j = 0; j < coarse.rows; ++j) {
+            for (int i = 0; i < coarse.columns; ++i) {
+                const std::size_t n = std::size_t(j) * coarse.columns + i;
+                float w = 0;
+                for (int dj = 0; dj < 2; ++dj) {
+                    for (int di = 0; di < 2; ++di) {
+                        const int fi = 2 * i + di;
+                        const int fj = 2 * j + dj;
+                        if (fi >= fine.columns || fj >= fine.rows)
+                            continue;
+                        const std::size_t f = std::size_t(fj) * fine.columns + fi;
+                        const float fw = fine.weight[f];
+                        for (int c = 0; c < ch; ++c)
+                            coarse.values[n * ch + c] += fw * fine.values[f * ch + c];
+                        w += fw;
+                    }
+                }
+                if (w > 0) {
+                    for (int c = 0; c < ch; ++c)
+                        coarse.values[n * ch + c] /= w;
+                }
+                coarse.weight[n] = std::min(1.0f, w);
+            }
+        }
+        levels.push_back(std::move(coarse));
+    }
+
+    Level& top = levels.back();
+    if (top.weight[0] <= 0) {
+        for (int c = 0; c < ch; ++c)
+            top.values[std::size_t(c)] = fallback[c];
+    }
+    top.weight[0] = 1;
+    std::vector<float> around(static_cast<std::size_t>(ch));
+    for (std::size_t l = levels.size() - 1; l-- > 0;) {
+        Level& fine = levels[l];
+        const Level& coarse = levels[l + 1];
+        for (int j = 0; j < fine.rows; ++j) {
+            for (int i = 0; i < fine.columns; ++i) {
+                const std::size_t n = std::size_t(j) * fine.columns + i;
+                const float w = fine.weight[n];
+                if (w >= 1)
+                    continue;
+                // Fine centre i sits at (i + 0.5) / 2 - 0.5 in coarse cells.
+                sampleLevel(coarse, ch, float(i) * 0.5f - 0.25f, float(j) * 0.5f - 0.25f, around.data());
+                for (int c = 0; c < ch; ++c) {
+                    float& v = fine.values[n * ch + std::size_t(c)];
+                    v = w > 0 ? around[std::size_t(c)] + (v - around[std::size_t(c)]) * w : around[std::size_t(c)];
+                }
+                fine.weight[n] = 1;
+            }
+        }
+    }
+    m_values = std::move(levels[0].values);
+}
+
+void PlateGrid::row(int y, float* const* out) const
+{
+    const float g = (float(y) + 0.5f) / float(m_cell) - 0.5f;
+    const int top = std::clamp(int(std::floor(g)), 0, m_rows - 1);
+    const int bottom = std::min(top + 1, m_rows - 1);
+    const float fy = bottom > top ? std::clamp(g - float(top), 0.0f, 1.0f) : 0.0f;
+    const float* w = m_rightWeight.data();
+    // The grid's row at y, then each photo column between its two nodes.
+    // Runs of columns share their nodes, so the inner loops are plain
+    // streams the compiler turns into vector code.
+    int x = 0;
+    for (int i = 0; i < m_columns && x < m_width; ++i) {
+        const int next = std::min(i + 1, m_columns - 1);
+        const int end = m_segmentEnd[std::size_t(i)];
+        for (int c = 0; c < m_channels; ++c) {
+            const float a = value(i, top, c) + (value(i, bottom, c) - value(i, top, c)) * fy;
+            const float b = value(next, top, c) + (value(next, bottom, c) - value(next, top, c)) * fy;
+            const float step = b - a;
+            float* o = out[c];
+            for (int p = x; p < end; ++p)
+                o[p] = a + w[p] * step;
+        }
+        x = std::max(x, end);
+    }
+}
+
+CleanPlate::CleanPlate(const QImage& photo, const SureBackdrop& sure, int threads)
+{
+    const int subjectCell = subjectCellFor(photo.width(), photo.height());
+    m_backdrop.setup(photo.width(), photo.height(), subjectCell * 4, 3);
+    m_subject.setup(photo.width(), photo.height(), subjectCell, 1);
+    measure(photo, sure, threads);
+
+    // Backdrop: the mean of each cell's sure pixels; a cell with a quarter of
+    // its pixels surely backdrop is trusted whole.
+    const std::size_t cells = m_sampled.size();
+    std::vector<float> weights(cells, 0.0f);
+    std::vector<float> difference(cells, 0.0f);
+    std::vector<float>& colour = m_backdrop.values();
+    for (std::size_t c = 0; c < cells; ++c) {
+        const double n = m_sums[c * 4 + 3];
+        if (n <= 0)
+            continue;
+        for (int k = 0; k < 3; ++k)
+            colour[c * 3 + std::size_t(k)] = float(m_sums[c * 4 + std::size_t(k)] / n);
+        difference[c] = differenceOf(sure, colour[c * 3], colour[c * 3 + 1], colour[c * 3 + 2]);
+        weights[c] = float(std::min(1.0, n / std::max(1.0, m_sampled[c] / 4.0)));
+    }
+    // Light changes slowly across a backdrop: a cell's difference is about
+    // the mean of two trusted neighbours on opposite sides of it, whichever
+    // way the light falls off. A cell well below such a pair's mean holds
+    // subject (a veil, the thin ends of hair over the whole cell), not
+    // backdrop, and is filled from around it instead.
+    const int columns = m_backdrop.columns();
+    const int rows = m_backdrop.rows();
+    std::vector<float> kept = weights;
+    const int pairs[4][2] = {{1, 0}, {0, 1}, {1, 1}, {1, -1}};
+    for (int j = 0; j < rows; ++j) {
+        for (int i = 0; i < columns; ++i) {
+            const std::size_t c = std::size_t(j) * columns + i;
+            if (weights[c] <= 0)
+                continue;
+            float expected = 0;
+            for (const auto& p : pairs) {
+                const int ai = i + p[0], aj = j + p[1], bi = i - p[0], bj = j - p[1];
+                if (ai < 0 || aj < 0 || bi < 0 || bj < 0 || ai >= columns || bi >= columns || aj >= rows || bj >= rows)
+                    continue;
+                const std::size_t a = std::size_t(aj) * columns + ai;
+                const std::size_t b = std::size_t(bj) * columns + bi;
+                if (weights[a] >= 0.5f && weights[b] >= 0.5f)
+                    expected = std::max(expected, 0.5f * (difference[a] + difference[b]));
+            }
+            if (difference[c] < sure.outlier * expected)
+                kept[c] = 0;
+        }
+    }
+    const float keyColour[3] = {sure.key.red, sure.key.dominant, sure.key.other};
+    m_backdrop.fill(std::move(kept), keyColour);
+
+    // Subject: the mean difference of each cell's sure subject pixels.
+    std::vector<float> subjectWeights(m_subjectSampled.size(), 0.0f);
+    std::vector<float>& subjectValues = m_subject.values();
+    for (std::size_t c = 0; c < m_subjectSampled.size(); ++c) {
+        const double n = m_subjectSums[c * 2 + 1];
+        if (n <= 0)
+            continue;
+        subjectValues[c] = float(m_subjectSums[c * 2] / n);
+        subjectWeights[c] = float(std::min(1.0, n / std::max(1.0, m_subjectSampled[c] / 4.0)));
+    }
+    const float none = 0.0f;
+    m_subject.fill(std::move(subjectWeights), &none);
+
+    // The photo's grain: the median over the cells that measured it.
+    std::vector<float> grains;
+    for (const float g : m_grain) {
+        if (g >= 0)
+            grains.push_back(g);
+    }
+    if (!grains.empty()) {
+        std::nth_element(grains.begin(), grains.begin() + std::ptrdiff_t(grains.size() / 2), grains.end());
+        m_grainShare = grains[grains.size() / 2];
+    }
+    m_grain.clear();
+    m_sums.clear();
+    m_sampled.clear();
+    m_subjectSums.clear();
+    m_subjectSampled.clear();
+}
+
 void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int threads)
 {
-    const std::size_t cells = std::size_t(m_columns) * m_rows;
-    m_sums.assign(cells * 4, 0.0);
-    m_sampled.assign(cells, 0);
+    const int columns = m_backdrop.columns();
+    const int cell = m_backdrop.cell();
+    const int subjectColumns = m_subject.columns();
+    const int subjectCell = m_subject.cell();
+    const int perCell = cell / subjectCell;
+    m_sums.assign(std::size_t(columns) * m_backdrop.rows() * 4, 0.0);
+    m_sampled.assign(std::size_t(columns) * m_backdrop.rows(), 0);
+    m_grain.assign(std::size_t(columns) * m_backdrop.rows(), -1.0f);
+    m_subjectSums.assign(std::size_t(subjectColumns) * m_subject.rows() * 2, 0.0);
+    m_subjectSampled.assign(std::size_t(subjectColumns) * m_subject.rows(), 0);
     const int width = photo.width();
     const int height = photo.height();
     // Every other pixel of every other row is plenty for a cell's mean on
     // large photos, and a quarter of the reads.
-    const int step = m_cell >= 32 ? 2 : 1;
+    const int step = subjectCell >= 8 ? 2 : 1;
     const uchar* bits = photo.constBits();
     const qsizetype stride = photo.bytesPerLine();
-    const float keep = sure.keepShare;
-    // Each run of grid rows writes only its own cells.
-    runRowsOnPool(m_rows, threads, [&](int firstRow, int endRow) {
-        // Per cell of the grid row, the sure pixels by their colour
+    // Each run of backdrop grid rows writes only its own cells, and the
+    // subject cells inside them.
+    runRowsOnPool(m_backdrop.rows(), threads, [&](int firstRow, int endRow) {
+        // Per backdrop cell of the grid row, the sure pixels by their colour
         // difference (one bin a level): count and channel sums.
         constexpr int kBins = 256;
-        std::vector<int> count(std::size_t(m_columns) * kBins);
-        std::vector<float> sums(std::size_t(m_columns) * kBins * 3);
+        std::vector<int> count(std::size_t(columns) * kBins);
+        std::vector<float> sums(std::size_t(columns) * kBins * 3);
         for (int j = firstRow; j < endRow; ++j) {
             std::fill(count.begin(), count.end(), 0);
             std::fill(sums.begin(), sums.end(), 0.0f);
-            int* sampled = m_sampled.data() + std::size_t(j) * m_columns;
-            const int yEnd = std::min(height, (j + 1) * m_cell);
-            for (int y = j * m_cell; y < yEnd; y += step) {
+            int* sampled = m_sampled.data() + std::size_t(j) * columns;
+            const int yEnd = std::min(height, (j + 1) * cell);
+            for (int y = j * cell; y < yEnd; y += step) {
                 const auto* row = reinterpret_cast<const std::uint32_t*>(bits + y * stride);
-                for (int i = 0; i < m_columns; ++i) {
-                    const int xEnd = std::min(width, (i + 1) * m_cell);
+                const std::size_t subjectRow = std::size_t(y / subjectCell) * subjectColumns;
+                for (int si = 0; si < subjectColumns; ++si) {
+                    const int i = si / perCell;
+                    const int xEnd = std::min(width, (si + 1) * subjectCell);
                     int* c = count.data() + std::size_t(i) * kBins;
                     float* sm = sums.data() + std::size_t(i) * kBins * 3;
                     int looked = 0;
-                    for (int x = i * m_cell; x < xEnd; x += step) {
+                    int subjects = 0;
+                    float subjectDifference = 0;
+                    for (int x = si * subjectCell; x < xEnd; x += step) {
                         const std::uint32_t px = row[x];
                         ++looked;
-                        float difference = 0;
-                        if (!isSure(sure, px, &difference))
+                        const float r = float((px >> 16) & 255u);
+                        const float d = float((px >> sure.dominantShift) & 255u);
+                        const float o = float((px >> sure.otherShift) & 255u);
+                        const float difference = differenceOf(sure, r, d, o);
+                        if (d - std::max(r, o) <= sure.subjectBelow) {
+                            ++subjects;
+                            subjectDifference += difference;
+                            continue;
+                        }
+                        if (!isSureBackdrop(sure, r, d, o, difference))
                             continue;
                         const int bin = std::clamp(int(difference), 0, kBins - 1);
                         ++c[bin];
-                        sm[bin * 3] += float((px >> 16) & 255u);
-                        sm[bin * 3 + 1] += float((px >> sure.dominantShift) & 255u);
-                        sm[bin * 3 + 2] += float((px >> sure.otherShift) & 255u);
+                        sm[bin * 3] += r;
+                        sm[bin * 3 + 1] += d;
+                        sm[bin * 3 + 2] += o;
                     }
                     sampled[i] += looked;
+                    m_subjectSampled[subjectRow + std::size_t(si)] += looked;
+                    m_subjectSums[(subjectRow + std::size_t(si)) * 2] += subjectDifference;
+                    m_subjectSums[(subjectRow + std::size_t(si)) * 2 + 1] += subjects;
                 }
             }
             // Pixels with a little subject in them (the thin ends of hair, a
@@ -142,8 +343,8 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
             // falls short of the backdrop's. The cell's backdrop is what is
             // near the top of its differences: the pixels within `keep` of
             // the level a tenth of them reach.
-            double* cellSums = m_sums.data() + std::size_t(j) * m_columns * 4;
-            for (int i = 0; i < m_columns; ++i) {
+            double* cellSums = m_sums.data() + std::size_t(j) * columns * 4;
+            for (int i = 0; i < columns; ++i) {
                 const int* c = count.data() + std::size_t(i) * kBins;
                 const float* sm = sums.data() + std::size_t(i) * kBins * 3;
                 int total = 0;
@@ -155,7 +356,16 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
                 int top = kBins - 1;
                 while (top > 0 && (seen += c[top]) * 10 < total)
                     --top;
-                const int from = int(std::ceil(float(top) * keep));
+                // The grain: the spread of the upper half of the differences
+                // (the lower tail holds the mixed pixels), from the median
+                // to the top tenth, 1.28 standard deviations apart.
+                int middle = top;
+                while (middle > 0 && (seen += c[middle - 1]) * 2 < total)
+                    --middle;
+                if (total >= 32 && top > 0) {
+                    m_grain[std::size_t(j) * columns + std::size_t(i)] = float(top - middle + 0.5f) / 1.28f / float(top);
+                }
+                const int from = int(std::ceil(float(top) * sure.keepShare));
                 for (int b = from; b < kBins; ++b) {
                     cellSums[i * 4 + 0] += sm[b * 3];
                     cellSums[i * 4 + 1] += sm[b * 3 + 1];
@@ -167,113 +377,12 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
     });
 }
 
-// Pull-push: each coarser level is the weighted mean of the four cells
-// below it; going back down, a cell keeps its own mean in the measure of its
-// weight and takes the rest from the coarser level around it. Cells under
-// the subject thus get the backdrop around them, smoothly.
-void CleanPlate::fill(const PlateColour& fallback)
+void CleanPlate::row(int y, float* red, float* dominant, float* other, float* subjectDifference) const
 {
-    std::vector<Level> levels(1);
-    Level& base = levels[0];
-    base.columns = m_columns;
-    base.rows = m_rows;
-    base.colour.resize(m_sampled.size());
-    base.weight.resize(m_sampled.size());
-    for (std::size_t c = 0; c < m_sampled.size(); ++c) {
-        const double n = m_sums[c * 4 + 3];
-        if (n > 0) {
-            base.colour[c] = {float(m_sums[c * 4] / n), float(m_sums[c * 4 + 1] / n), float(m_sums[c * 4 + 2] / n)};
-        }
-        // A cell with a quarter of its pixels surely backdrop is trusted whole.
-        const double enough = std::max(1.0, m_sampled[c] / 4.0);
-        base.weight[c] = float(std::min(1.0, n / enough));
-    }
-    m_sums.clear();
-    m_sampled.clear();
-
-    while (levels.back().columns > 1 || levels.back().rows > 1) {
-        const Level& fine = levels.back();
-        Level coarse;
-        coarse.columns = (fine.columns + 1) / 2;
-        coarse.rows = (fine.rows + 1) / 2;
-        coarse.colour.resize(std::size_t(coarse.columns) * coarse.rows);
-        coarse.weight.resize(coarse.colour.size());
-        for (int j = 0; j < coarse.rows; ++j) {
-            for (int i = 0; i < coarse.columns; ++i) {
-                PlateColour sum;
-                float w = 0;
-                for (int dj = 0; dj < 2; ++dj) {
-                    for (int di = 0; di < 2; ++di) {
-                        const int fi = 2 * i + di;
-                        const int fj = 2 * j + dj;
-                        if (fi >= fine.columns || fj >= fine.rows)
-                            continue;
-                        const std::size_t c = std::size_t(fj) * fine.columns + fi;
-                        const float cw = fine.weight[c];
-                        sum.red += cw * fine.colour[c].red;
-                        sum.dominant += cw * fine.colour[c].dominant;
-                        sum.other += cw * fine.colour[c].other;
-                        w += cw;
-                    }
-                }
-                const std::size_t c = std::size_t(j) * coarse.columns + i;
-                if (w > 0)
-                    coarse.colour[c] = {sum.red / w, sum.dominant / w, sum.other / w};
-                coarse.weight[c] = std::min(1.0f, w);
-            }
-        }
-        levels.push_back(std::move(coarse));
-    }
-
-    Level& top = levels.back();
-    if (top.weight[0] <= 0)
-        top.colour[0] = fallback;
-    top.weight[0] = 1;
-    for (std::size_t l = levels.size() - 1; l-- > 0;) {
-        Level& fine = levels[l];
-        const Level& coarse = levels[l + 1];
-        for (int j = 0; j < fine.rows; ++j) {
-            for (int i = 0; i < fine.columns; ++i) {
-                const std::size_t c = std::size_t(j) * fine.columns + i;
-                const float w = fine.weight[c];
-                if (w >= 1)
-                    continue;
-                // Fine centre i sits at (i + 0.5) / 2 - 0.5 in coarse cells.
-                const PlateColour around = sampleLevel(coarse, float(i) * 0.5f - 0.25f, float(j) * 0.5f - 0.25f);
-                fine.colour[c] = w > 0 ? blend(around, fine.colour[c], w) : around;
-                fine.weight[c] = 1;
-            }
-        }
-    }
-    m_nodes = std::move(levels[0].colour);
-}
-
-void CleanPlate::row(int y, float* red, float* dominant, float* other) const
-{
-    const float g = (float(y) + 0.5f) / float(m_cell) - 0.5f;
-    const int top = std::clamp(int(std::floor(g)), 0, m_rows - 1);
-    const int bottom = std::min(top + 1, m_rows - 1);
-    const float fy = bottom > top ? std::clamp(g - float(top), 0.0f, 1.0f) : 0.0f;
-    // The grid's row at y, then each photo column between its two nodes.
-    // Runs of columns share their nodes, so the inner loops are plain
-    // streams the compiler turns into vector code.
-    int x = 0;
-    for (int i = 0; i < m_columns && x < m_width; ++i) {
-        const PlateColour a = blend(node(i, top), node(i, bottom), fy);
-        const int next = std::min(i + 1, m_columns - 1);
-        const PlateColour b = blend(node(next, top), node(next, bottom), fy);
-        const float stepR = b.red - a.red;
-        const float stepD = b.dominant - a.dominant;
-        const float stepO = b.other - a.other;
-        const int end = m_segmentEnd[std::size_t(i)];
-        const float* w = m_rightWeight.data();
-        for (int p = x; p < end; ++p) {
-            red[p] = a.red + w[p] * stepR;
-            dominant[p] = a.dominant + w[p] * stepD;
-            other[p] = a.other + w[p] * stepO;
-        }
-        x = end;
-    }
+    float* const backdrop[3] = {red, dominant, other};
+    m_backdrop.row(y, backdrop);
+    float* const subject[1] = {subjectDifference};
+    m_subject.row(y, subject);
 }
 
 } // namespace keying

@@ -7,11 +7,17 @@
 // place rather than against one colour. The plate is a coarse grid: each cell
 // holds the mean of the pixels in it that are surely backdrop; cells with too
 // few of them (under the subject) are filled from their neighbours by a
-// pull-push pyramid, and each pixel reads the grid bilinearly. Internal to
-// the keying library.
+// pull-push pyramid, and each pixel reads the grid bilinearly.
+//
+// Beside it, a finer grid of the subject's own colour difference: where the
+// subject near an edge is brown or skin (a difference well below zero) or
+// yellow (above zero), a mix of it with the backdrop is that much further
+// from or nearer to the backdrop, and the matte measures from there.
+// Internal to the keying library.
 
 #include <QImage>
 
+#include <cstdint>
 #include <vector>
 
 namespace keying {
@@ -23,7 +29,7 @@ struct PlateColour
     float red = 0, dominant = 0, other = 0;
 };
 
-// What tells surely-backdrop pixels apart from everything else.
+// What tells surely-backdrop and surely-subject pixels apart from the rest.
 struct SureBackdrop
 {
     PlateColour key;               // the key colour
@@ -32,43 +38,74 @@ struct SureBackdrop
     float redRatio, otherRatio;    // the key colour's red and other channel over its key channel
     float tolerance;               // how far a pixel's ratios may stray from those
     float keepShare;               // of a cell's top differences, the share down to which pixels count
+    float outlier;                 // a cell below this share of a neighbour's difference is not backdrop
+    float subjectBelow;            // key channel minus the larger other at most this: surely subject
     int dominantShift, otherShift; // bit positions in the 0xAARRGGBB word
+};
+
+// A coarse grid of values (`channels` per node, node (i, j) at the centre of
+// cell (i, j)), read bilinearly at every pixel.
+class PlateGrid
+{
+public:
+    void setup(int width, int height, int cell, int channels);
+    // Nodes with weight 1 keep their values, nodes with weight 0 are filled
+    // from the coarser levels of a pull-push pyramid, the rest blend the two.
+    // `fallback` fills every node when no weight is above 0.
+    void fill(std::vector<float> weights, const float* fallback);
+
+    int cell() const { return m_cell; }
+    int columns() const { return m_columns; }
+    int rows() const { return m_rows; }
+    int channels() const { return m_channels; }
+    float value(int i, int j, int channel) const
+    {
+        return m_values[(std::size_t(j) * m_columns + i) * m_channels + channel];
+    }
+    std::vector<float>& values() { return m_values; }
+    // The grid along photo row y: out[c][x] for each channel c.
+    void row(int y, float* const* out) const;
+
+private:
+    int m_width = 0;
+    int m_cell = 1, m_columns = 1, m_rows = 1, m_channels = 1;
+    std::vector<float> m_values;
+    std::vector<float> m_rightWeight; // per photo column: weight of the node to its right
+    std::vector<int> m_segmentEnd;    // per node column: one past the last photo column left of the next node
 };
 
 class CleanPlate
 {
 public:
     // The plate of `photo` (32-bit ARGB words), its pixels read on up to
-    // `threads` threads. Where no pixel of the photo is surely backdrop, the
-    // plate is the key colour everywhere.
+    // `threads` threads. Where no pixel is surely backdrop, the plate is the
+    // key colour everywhere; where none is surely subject, the subject's
+    // difference is 0.
     CleanPlate(const QImage& photo, const SureBackdrop& sure, int threads);
 
-    int cellSize() const { return m_cell; }
-    int columns() const { return m_columns; }
-    int rows() const { return m_rows; }
-    // A grid node: the backdrop colour at the centre of cell (i, j).
-    PlateColour node(int i, int j) const { return m_nodes[std::size_t(j) * m_columns + i]; }
+    const PlateGrid& backdrop() const { return m_backdrop; }
+    const PlateGrid& subject() const { return m_subject; }
 
-    // The plate along row y of the photo, pixel by pixel (arrays of the
-    // photo's width).
-    void row(int y, float* red, float* dominant, float* other) const;
+    // The plate along row y, pixel by pixel (arrays of the photo's width):
+    // the backdrop's channels and the subject's colour difference.
+    void row(int y, float* red, float* dominant, float* other, float* subjectDifference) const;
+
+    // The backdrop's grain: the standard deviation of its colour difference
+    // as a share of the difference itself (0 for a photo without grain or
+    // without enough backdrop to tell).
+    float grainShare() const { return m_grainShare; }
 
 private:
     void measure(const QImage& photo, const SureBackdrop& sure, int threads);
-    void fill(const PlateColour& fallback);
 
-    int m_width = 0;
-    int m_cell = 1;
-    int m_columns = 1;
-    int m_rows = 1;
-    std::vector<PlateColour> m_nodes;
-    std::vector<double> m_sums;    // per cell: red, dominant, other, count
-    std::vector<int> m_sampled;    // per cell: pixels looked at
-    // Per photo column: the node column to its left and the weight of the
-    // one to its right.
-    std::vector<int> m_leftNode;
-    std::vector<float> m_rightWeight;
-    std::vector<int> m_segmentEnd; // per node column: one past its last photo column
+    PlateGrid m_backdrop; // red, dominant, other
+    PlateGrid m_subject;  // the colour difference of sure subject pixels
+    std::vector<double> m_sums;     // per backdrop cell: red, dominant, other, count
+    std::vector<int> m_sampled;     // per backdrop cell: pixels looked at
+    std::vector<double> m_subjectSums; // per subject cell: difference, count
+    std::vector<int> m_subjectSampled;
+    std::vector<float> m_grain;     // per backdrop cell: its grain share, below 0 when not measured
+    float m_grainShare = 0;
 };
 
 } // namespace keying

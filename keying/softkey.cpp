@@ -72,9 +72,28 @@ SureBackdrop sureFor(const SoftTuning& t, const softrows::Matte& m, const PlateC
     s.otherRatio = key.other / key.dominant;
     s.tolerance = t.sureTolerance;
     s.keepShare = t.plateKeep;
+    s.outlier = t.plateOutlier;
+    s.subjectBelow = t.subjectBelow * (key.dominant - std::max(key.red, key.other));
     s.dominantShift = m.dominantShift;
     s.otherShift = m.otherShift;
     return s;
+}
+
+// Where the matte's scale lies at a pixel: from the subject's difference
+// there (alpha 1) to the plate's (alpha 0), with the noise allowances at
+// either end (the grain's, and at the clear end at least `clearLevels`). A plate too weakly coloured, or a subject too close to it,
+// keeps the pixel whole (scale 0).
+inline void matteScale(const SoftTuning& t, const softrows::Matte& m, float sR, float sD, float sO, float subject,
+                       float* low, float* scale)
+{
+    const float plate = sD - softrows::otherTwo(m.cMax, m.cRed, m.cOther, sR, sO);
+    const float from = std::min(subject, 0.5f * plate) * t.subjectShare;
+    const float gap = plate - from;
+    const bool keyable = plate >= t.minPlateDifference && gap >= t.minPlateDifference;
+    const float clear = keyable ? std::min(t.clearAbove, 1.0f - t.clearLevels / gap) : 1.0f;
+    const float span = std::max(clear - t.opaqueBelow, 1e-3f);
+    *low = keyable ? from + t.opaqueBelow * gap : 0.0f;
+    *scale = keyable ? 1.0f / (span * gap) : 0.0f;
 }
 
 } // namespace
@@ -107,8 +126,11 @@ QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options)
     const CleanPlate plate = cleanPlateFor(words, key, t, threads);
     const RowLoop loop = softLoopFor(options.path);
 
-    const float opaqueBelow = t.opaqueBelow;
-    const float span = std::max(t.clearAbove - t.opaqueBelow, 1e-3f);
+    // The noise allowances, widened by the photo's own grain.
+    const float grain = plate.grainShare();
+    SoftTuning scaled = t;
+    scaled.opaqueBelow = std::max(t.opaqueBelow, t.opaqueGrain * grain);
+    scaled.clearAbove = std::min(t.clearAbove, 1.0f - t.clearGrain * grain);
     QImage out(words.size(), QImage::Format_ARGB32);
     if (out.isNull())
         return out;
@@ -117,21 +139,18 @@ QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options)
     uchar* outBits = out.bits();
     const qsizetype outStride = out.bytesPerLine();
     runRowsOnPool(height, threads, [&](int first, int end) {
-        std::vector<float> buffer(std::size_t(width) * 5);
+        std::vector<float> buffer(std::size_t(width) * 6);
         float* red = buffer.data();
         float* dominant = red + width;
         float* other = dominant + width;
         float* low = other + width;
         float* scale = low + width;
+        float* subject = scale + width;
         const softrows::PlateRow row{red, dominant, other, low, scale};
         for (int y = first; y < end; ++y) {
-            plate.row(y, red, dominant, other);
-            for (int x = 0; x < width; ++x) {
-                const float d = dominant[x] - softrows::otherTwo(matte.cMax, matte.cRed, matte.cOther, red[x], other[x]);
-                const bool keyable = d >= t.minPlateDifference;
-                low[x] = keyable ? opaqueBelow * d : 0.0f;
-                scale[x] = keyable ? 1.0f / (span * d) : 0.0f;
-            }
+            plate.row(y, red, dominant, other, subject);
+            for (int x = 0; x < width; ++x)
+                matteScale(scaled, matte, red[x], dominant[x], other[x], subject[x], &low[x], &scale[x]);
             loop(matte, row, reinterpret_cast<const std::uint32_t*>(in + y * inStride),
                  reinterpret_cast<std::uint32_t*>(outBits + y * outStride), width);
         }

@@ -3,7 +3,8 @@
 
 // Knobs of the soft keyer for tests, benchmarks and the quality measurements.
 // The batch tool calls softCutOut(photo, key), which uses the defaults below,
-// measured on the tuning photos of the quality benchmark; these options pin
+// measured on the tuning photos of the quality benchmark (bench/soft_tuning.cpp
+// sweeps them there; the held-out photos never took part); these options pin
 // the code path and thread count, or try other values of the knobs.
 
 #include "keying/cleanplate.h"
@@ -16,18 +17,28 @@ struct SoftTuning
 {
     // The "other two" channels of the colour difference: a share `maxShare`
     // of the larger of red and the non-key channel, the rest a mix with
-    // `redWeight` of red. The maximum keeps yellow and cyan subjects opaque.
+    // `redWeight` of red. The maximum keeps yellow and cyan subjects far from
+    // the backdrop; the mix follows brown and skin mixed into the backdrop
+    // more closely. Half of each measured best.
     float redWeight = 0.5f;
-    float maxShare = 1.0f;
-    // The pixel's difference as a share of the clean plate's at its place:
-    // at or below `opaqueBelow` the pixel is all subject (alpha 1), at or
-    // above `clearAbove` all backdrop (alpha 0), in between linear. The gaps
-    // to 0 and 1 absorb the grain of the backdrop and of the subject.
-    float opaqueBelow = 0.12f;
-    float clearAbove = 0.88f;
+    float maxShare = 0.5f;
+    // The pixel's difference as a share of the way from the subject's to
+    // the clean plate's: at or below `opaqueBelow` the pixel is all subject
+    // (alpha 1), at or above `clearAbove` all backdrop (alpha 0), in between
+    // linear. The gaps widen with the grain measured on the backdrop (its
+    // standard deviation as a share of the plate's difference), by
+    // `opaqueGrain` and `clearGrain` times it, so that grain on clean
+    // backdrop and on the subject does not show as a speckled matte.
+    float opaqueBelow = 0.02f;
+    float clearAbove = 0.99f;
+    float opaqueGrain = 2.0f;
+    float clearGrain = 3.0f;
+    // However fine the grain, clear backdrop keeps this many levels of
+    // difference below the plate's (8-bit rounding of three channels).
+    float clearLevels = 3.0f;
     // Below this alpha the recovered colour leans towards the pixel's own
     // (despilled) colour: a colour divided by a small alpha is mostly grain.
-    float recoverFrom = 0.25f;
+    float recoverFrom = 0.15f;
     // A plate whose own difference is below this (in channel levels) is not
     // a backdrop colour; pixels there are kept whole.
     float minPlateDifference = 24.0f;
@@ -38,10 +49,19 @@ struct SoftTuning
     // of the key colour's, and channel ratios to the key channel within
     // `sureTolerance` of the key colour's.
     float sureDifference = 0.45f;
-    float sureTolerance = 0.12f;
+    float sureTolerance = 0.06f;
     // Of those, a cell's plate is the mean of the ones whose difference
     // reaches this share of the level its top tenth reaches.
     float plateKeep = 0.9f;
+    // A plate cell whose difference is below this share of a trusted
+    // neighbour's holds subject, and is filled from around it instead.
+    float plateOutlier = 0.98f;
+    // Surely subject: the key channel above the larger of the other two by
+    // at most this share of the key colour's margin. Their colour difference,
+    // on a finer grid, is where the matte's scale starts (a share
+    // `subjectShare` of it; 0 measures from a difference of 0 everywhere).
+    float subjectBelow = 0.02f;
+    float subjectShare = 1.0f;
 };
 
 struct SoftOptions

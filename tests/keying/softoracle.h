@@ -39,23 +39,30 @@ inline float lerp(float a, float b, float t)
     return a + (b - a) * t;
 }
 
-// The plate at pixel (x, y): between the four grid nodes around it.
-inline Channels plateAt(const keying::CleanPlate& plate, int x, int y)
+// A grid's value at pixel (x, y): between the four nodes around it.
+inline float gridAt(const keying::PlateGrid& grid, int x, int y, int channel)
 {
-    const int cell = plate.cellSize();
+    const int cell = grid.cell();
     const float gy = (float(y) + 0.5f) / float(cell) - 0.5f;
-    const int top = std::clamp(int(std::floor(gy)), 0, plate.rows() - 1);
-    const int bottom = std::min(top + 1, plate.rows() - 1);
+    const int top = std::clamp(int(std::floor(gy)), 0, grid.rows() - 1);
+    const int bottom = std::min(top + 1, grid.rows() - 1);
     const float fy = bottom > top ? std::clamp(gy - float(top), 0.0f, 1.0f) : 0.0f;
     const float gx = (float(x) + 0.5f) / float(cell) - 0.5f;
-    const int left = std::clamp(int(std::floor(gx)), 0, plate.columns() - 1);
-    const int right = std::min(left + 1, plate.columns() - 1);
+    const int left = std::clamp(int(std::floor(gx)), 0, grid.columns() - 1);
+    const int right = std::min(left + 1, grid.columns() - 1);
     const float fx = right > left ? std::clamp(gx - float(left), 0.0f, 1.0f) : 0.0f;
-    const keying::PlateColour tl = plate.node(left, top), bl = plate.node(left, bottom);
-    const keying::PlateColour tr = plate.node(right, top), br = plate.node(right, bottom);
-    const Channels l{lerp(tl.red, bl.red, fy), lerp(tl.dominant, bl.dominant, fy), lerp(tl.other, bl.other, fy)};
-    const Channels r{lerp(tr.red, br.red, fy), lerp(tr.dominant, br.dominant, fy), lerp(tr.other, br.other, fy)};
-    return {l.red + fx * (r.red - l.red), l.key + fx * (r.key - l.key), l.other + fx * (r.other - l.other)};
+    const float l = lerp(grid.value(left, top, channel), grid.value(left, bottom, channel), fy);
+    const float r = lerp(grid.value(right, top, channel), grid.value(right, bottom, channel), fy);
+    return l + fx * (r - l);
+}
+
+// The plate at pixel (x, y): the backdrop's channels and the subject's
+// colour difference.
+inline Channels plateAt(const keying::CleanPlate& plate, int x, int y, float* subject = nullptr)
+{
+    if (subject)
+        *subject = gridAt(plate.subject(), x, y, 0);
+    return {gridAt(plate.backdrop(), x, y, 0), gridAt(plate.backdrop(), x, y, 1), gridAt(plate.backdrop(), x, y, 2)};
 }
 
 inline int byteOf(float v)
@@ -63,20 +70,25 @@ inline int byteOf(float v)
     return int(std::min(std::max(v, 0.0f), 255.0f) + 0.5f);
 }
 
-// The cut-out word for one photo pixel over the plate colour s.
-inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const Channels& s)
+// The cut-out word for one photo pixel over the plate colour s, with the
+// subject's difference nearby.
+inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const Channels& s, float subject)
 {
     const float r = float(qRed(px));
     const float k = float(greenKey ? qGreen(px) : qBlue(px));
     const float o = float(greenKey ? qBlue(px) : qGreen(px));
 
-    // Alpha: the pixel's colour difference as a share of the plate's.
+    // Alpha: the pixel's colour difference on the scale from the subject's
+    // difference nearby (alpha 1) to the plate's (alpha 0).
     const float plateDiff = s.key - otherTwo(t.maxShare, t.redWeight, s.red, s.other);
+    const float from = std::min(subject, 0.5f * plateDiff) * t.subjectShare;
+    const float gap = plateDiff - from;
     float matte = 1.0f;
-    if (plateDiff >= t.minPlateDifference) {
-        const float span = std::max(t.clearAbove - t.opaqueBelow, 1e-3f);
-        const float low = t.opaqueBelow * plateDiff;
-        const float scale = 1.0f / (span * plateDiff);
+    if (plateDiff >= t.minPlateDifference && gap >= t.minPlateDifference) {
+        const float clear = std::min(t.clearAbove, 1.0f - t.clearLevels / gap);
+        const float span = std::max(clear - t.opaqueBelow, 1e-3f);
+        const float low = from + t.opaqueBelow * gap;
+        const float scale = 1.0f / (span * gap);
         const float diff = k - otherTwo(t.maxShare, t.redWeight, r, o);
         matte = 1.0f - std::min(std::max((diff - low) * scale, 0.0f), 1.0f);
     }
@@ -105,14 +117,20 @@ inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const
     return qRgba(byteOf(fr), greenKey ? key : other, greenKey ? other : key, a);
 }
 
-// The whole cut-out against a given plate.
-inline QImage softCutOut(const QImage& photo, QRgb key, const keying::CleanPlate& plate, const keying::SoftTuning& t)
+// The whole cut-out against a given plate, with the noise allowances
+// widened by the grain the plate measured.
+inline QImage softCutOut(const QImage& photo, QRgb key, const keying::CleanPlate& plate, keying::SoftTuning t)
 {
+    t.opaqueBelow = std::max(t.opaqueBelow, t.opaqueGrain * plate.grainShare());
+    t.clearAbove = std::min(t.clearAbove, 1.0f - t.clearGrain * plate.grainShare());
     const bool greenKey = keying::keyColourOf(key).greenKey;
     QImage out(photo.size(), QImage::Format_ARGB32);
     for (int y = 0; y < photo.height(); ++y) {
-        for (int x = 0; x < photo.width(); ++x)
-            out.setPixel(x, y, softPixel(t, greenKey, photo.pixel(x, y), plateAt(plate, x, y)));
+        for (int x = 0; x < photo.width(); ++x) {
+            float subject = 0;
+            const Channels s = plateAt(plate, x, y, &subject);
+            out.setPixel(x, y, softPixel(t, greenKey, photo.pixel(x, y), s, subject));
+        }
     }
     return out;
 }

@@ -64,13 +64,13 @@ QImage picture(int w = kW, int h = kH)
 }
 
 // The subject block: a rectangle in the middle of the photo.
-const QRect kBlock(50, 40, 60, 40);
+const QRect kBlock(40, 40, 80, 40);
 
-// Mixes a * F + (1 - a) * S: alpha grows from 0.05 at the block's left
-// edge to 0.95 at its right, in steps of whole columns.
+// An edge of the subject: mixes a * F + (1 - a) * S with alpha growing from
+// 0.05 at the block's left to 0.95 over 60 columns, then the subject itself.
 double mixAlpha(int x)
 {
-    return 0.05 + 0.9 * double(x - kBlock.left()) / double(kBlock.width() - 1);
+    return std::min(1.0, 0.05 + 0.9 * double(x - kBlock.left()) / 59.0);
 }
 
 QRgb mixed(QRgb f, QColor s, double a)
@@ -364,7 +364,7 @@ private slots:
 
 private:
     static constexpr double kAlphaTolerance = 0.1;
-    static constexpr int kColourTolerance = 12;
+    static constexpr int kColourTolerance = 20;
 
     static keying::CleanPlate plateOf(const QImage& photo, QRgb key, const keying::SoftTuning& t)
     {
