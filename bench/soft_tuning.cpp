@@ -31,7 +31,7 @@ float* knob(keying::SoftTuning& t, const QString& name)
         {"clearAbove", &t.clearAbove},     {"recoverFrom", &t.recoverFrom}, {"minPlateDifference", &t.minPlateDifference},
         {"spillMax", &t.spillMax},         {"sureDifference", &t.sureDifference}, {"sureTolerance", &t.sureTolerance},
         {"plateKeep", &t.plateKeep},       {"subjectBelow", &t.subjectBelow}, {"subjectShare", &t.subjectShare},
-        {"plateOutlier", &t.plateOutlier}, {"opaqueGrain", &t.opaqueGrain}, {"clearGrain", &t.clearGrain}, {"clearLevels", &t.clearLevels},
+        {"plateOutlier", &t.plateOutlier}, {"opaqueGrain", &t.opaqueGrain}, {"clearGrain", &t.clearGrain}, {"clearLevels", &t.clearLevels}, {"subjectLowest", &t.subjectLowest}, {"subjectReach", &t.subjectReach},
     };
     const auto it = knobs.find(name);
     return it == knobs.end() ? nullptr : it->second;

@@ -80,9 +80,12 @@ void PlateGrid::setup(int width, int height, int cell, int channels)
     m_rightWeight.resize(std::size_t(m_width));
     m_segmentEnd.assign(std::size_t(m_columns), 0);
     for (int x = 0; x < m_width; ++x) {
+        // Beyond the outer nodes the grid goes on along the line of the
+        // last two, so that light falling off towards an edge is followed
+        // to the edge.
         const float g = (float(x) + 0.5f) / float(m_cell) - 0.5f;
-        const int left = std::clamp(int(std::floor(g)), 0, m_columns - 1);
-        m_rightWeight[std::size_t(x)] = left + 1 < m_columns ? std::clamp(g - float(left), 0.0f, 1.0f) : 0.0f;
+        const int left = std::clamp(int(std::floor(g)), 0, std::max(0, m_columns - 2));
+        m_rightWeight[std::size_t(x)] = left + 1 < m_columns ? g - float(left) : 0.0f;
         m_segmentEnd[std::size_t(left)] = x + 1;
     }
     for (int i = 1; i < m_columns; ++i)
@@ -163,9 +166,9 @@ void PlateGrid::fill(std::vector<float> weights, const float* fallback)
 void PlateGrid::row(int y, float* const* out) const
 {
     const float g = (float(y) + 0.5f) / float(m_cell) - 0.5f;
-    const int top = std::clamp(int(std::floor(g)), 0, m_rows - 1);
+    const int top = std::clamp(int(std::floor(g)), 0, std::max(0, m_rows - 2));
     const int bottom = std::min(top + 1, m_rows - 1);
-    const float fy = bottom > top ? std::clamp(g - float(top), 0.0f, 1.0f) : 0.0f;
+    const float fy = bottom > top ? g - float(top) : 0.0f;
     const float* w = m_rightWeight.data();
     // The grid's row at y, then each photo column between its two nodes.
     // Runs of columns share their nodes, so the inner loops are plain
@@ -239,18 +242,42 @@ CleanPlate::CleanPlate(const QImage& photo, const SureBackdrop& sure, int thread
     const float keyColour[3] = {sure.key.red, sure.key.dominant, sure.key.other};
     m_backdrop.fill(std::move(kept), keyColour);
 
-    // Subject: the mean difference of each cell's sure subject pixels.
+    // Subject: each cell's sure subject pixels. Mixing with the backdrop
+    // only raises a colour's difference, and a mixed pixel at the subject's
+    // edge can pass for subject, so a cell counts between the mean of its
+    // subject pixels and their lowest (`subjectLowest`), and the filled grid
+    // takes the lowest value within `subjectReach` cells around.
     std::vector<float> subjectWeights(m_subjectSampled.size(), 0.0f);
     std::vector<float>& subjectValues = m_subject.values();
     for (std::size_t c = 0; c < m_subjectSampled.size(); ++c) {
         const double n = m_subjectSums[c * 2 + 1];
         if (n <= 0)
             continue;
-        subjectValues[c] = float(m_subjectSums[c * 2] / n);
+        const float mean = float(m_subjectSums[c * 2] / n);
+        subjectValues[c] = mean + (m_subjectLowest[c] - mean) * sure.subjectLowest;
         subjectWeights[c] = float(std::min(1.0, n / std::max(1.0, m_subjectSampled[c] / 4.0)));
     }
     const float none = 0.0f;
     m_subject.fill(std::move(subjectWeights), &none);
+    if (sure.subjectReach > 0) {
+        const std::vector<float> filled = m_subject.values();
+        const int sc = m_subject.columns(), sr = m_subject.rows(), reach = sure.subjectReach;
+        for (int j = 0; j < sr; ++j) {
+            for (int i = 0; i < sc; ++i) {
+                float least = filled[std::size_t(j) * sc + i];
+                for (int nj = std::max(0, j - reach); nj <= std::min(sr - 1, j + reach); ++nj) {
+                    for (int ni = std::max(0, i - reach); ni <= std::min(sc - 1, i + reach); ++ni)
+                        least = std::min(least, filled[std::size_t(nj) * sc + ni]);
+                }
+                subjectValues[std::size_t(j) * sc + i] = least;
+            }
+        }
+    }
+    m_sums.clear();
+    m_sampled.clear();
+    m_subjectSums.clear();
+    m_subjectSampled.clear();
+    m_subjectLowest.clear();
 
     // The photo's grain: the median over the cells that measured it.
     std::vector<float> grains;
@@ -260,7 +287,7 @@ CleanPlate::CleanPlate(const QImage& photo, const SureBackdrop& sure, int thread
     }
     if (!grains.empty()) {
         std::nth_element(grains.begin(), grains.begin() + std::ptrdiff_t(grains.size() / 2), grains.end());
-        m_grainShare = grains[grains.size() / 2];
+        m_grainLevels = grains[grains.size() / 2];
     }
     m_grain.clear();
     m_sums.clear();
@@ -281,6 +308,7 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
     m_grain.assign(std::size_t(columns) * m_backdrop.rows(), -1.0f);
     m_subjectSums.assign(std::size_t(subjectColumns) * m_subject.rows() * 2, 0.0);
     m_subjectSampled.assign(std::size_t(subjectColumns) * m_subject.rows(), 0);
+    m_subjectLowest.assign(std::size_t(subjectColumns) * m_subject.rows(), 1e9f);
     const int width = photo.width();
     const int height = photo.height();
     // Every other pixel of every other row is plenty for a cell's mean on
@@ -312,6 +340,7 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
                     int looked = 0;
                     int subjects = 0;
                     float subjectDifference = 0;
+                    float lowest = 1e9f;
                     for (int x = si * subjectCell; x < xEnd; x += step) {
                         const std::uint32_t px = row[x];
                         ++looked;
@@ -322,6 +351,7 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
                         if (d - std::max(r, o) <= sure.subjectBelow) {
                             ++subjects;
                             subjectDifference += difference;
+                            lowest = std::min(lowest, difference);
                             continue;
                         }
                         if (!isSureBackdrop(sure, r, d, o, difference))
@@ -336,6 +366,8 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
                     m_subjectSampled[subjectRow + std::size_t(si)] += looked;
                     m_subjectSums[(subjectRow + std::size_t(si)) * 2] += subjectDifference;
                     m_subjectSums[(subjectRow + std::size_t(si)) * 2 + 1] += subjects;
+                    float& least = m_subjectLowest[subjectRow + std::size_t(si)];
+                    least = std::min(least, lowest);
                 }
             }
             // Pixels with a little subject in them (the thin ends of hair, a
@@ -362,9 +394,8 @@ void CleanPlate::measure(const QImage& photo, const SureBackdrop& sure, int thre
                 int middle = top;
                 while (middle > 0 && (seen += c[middle - 1]) * 2 < total)
                     --middle;
-                if (total >= 32 && top > 0) {
-                    m_grain[std::size_t(j) * columns + std::size_t(i)] = float(top - middle + 0.5f) / 1.28f / float(top);
-                }
+                if (total >= 32)
+                    m_grain[std::size_t(j) * columns + std::size_t(i)] = (float(top - middle) + 0.5f) / 1.28f;
                 const int from = int(std::ceil(float(top) * sure.keepShare));
                 for (int b = from; b < kBins; ++b) {
                     cellSums[i * 4 + 0] += sm[b * 3];

@@ -7,7 +7,8 @@
 // place rather than against one colour. The plate is a coarse grid: each cell
 // holds the mean of the pixels in it that are surely backdrop; cells with too
 // few of them (under the subject) are filled from their neighbours by a
-// pull-push pyramid, and each pixel reads the grid bilinearly.
+// pull-push pyramid, and each pixel reads the grid bilinearly (linearly on
+// beyond the outer nodes).
 //
 // Beside it, a finer grid of the subject's own colour difference: where the
 // subject near an edge is brown or skin (a difference well below zero) or
@@ -40,6 +41,8 @@ struct SureBackdrop
     float keepShare;               // of a cell's top differences, the share down to which pixels count
     float outlier;                 // a cell below this share of a neighbour's difference is not backdrop
     float subjectBelow;            // key channel minus the larger other at most this: surely subject
+    float subjectLowest;           // 0: a subject cell's mean difference; 1: its lowest
+    int subjectReach;              // the subject grid takes the lowest within this many cells
     int dominantShift, otherShift; // bit positions in the 0xAARRGGBB word
 };
 
@@ -90,10 +93,10 @@ public:
     // the backdrop's channels and the subject's colour difference.
     void row(int y, float* red, float* dominant, float* other, float* subjectDifference) const;
 
-    // The backdrop's grain: the standard deviation of its colour difference
-    // as a share of the difference itself (0 for a photo without grain or
-    // without enough backdrop to tell).
-    float grainShare() const { return m_grainShare; }
+    // The backdrop's grain: the standard deviation of its colour difference,
+    // in levels (0 for a photo without grain or without enough backdrop to
+    // tell).
+    float grainLevels() const { return m_grainLevels; }
 
 private:
     void measure(const QImage& photo, const SureBackdrop& sure, int threads);
@@ -104,8 +107,9 @@ private:
     std::vector<int> m_sampled;     // per backdrop cell: pixels looked at
     std::vector<double> m_subjectSums; // per subject cell: difference, count
     std::vector<int> m_subjectSampled;
-    std::vector<float> m_grain;     // per backdrop cell: its grain share, below 0 when not measured
-    float m_grainShare = 0;
+    std::vector<float> m_subjectLowest;
+    std::vector<float> m_grain;     // per backdrop cell: its grain in levels, below 0 when not measured
+    float m_grainLevels = 0;
 };
 
 } // namespace keying

@@ -73,6 +73,8 @@ SureBackdrop sureFor(const SoftTuning& t, const softrows::Matte& m, const PlateC
     s.tolerance = t.sureTolerance;
     s.keepShare = t.plateKeep;
     s.outlier = t.plateOutlier;
+    s.subjectLowest = t.subjectLowest;
+    s.subjectReach = int(t.subjectReach);
     s.subjectBelow = t.subjectBelow * (key.dominant - std::max(key.red, key.other));
     s.dominantShift = m.dominantShift;
     s.otherShift = m.otherShift;
@@ -83,16 +85,17 @@ SureBackdrop sureFor(const SoftTuning& t, const softrows::Matte& m, const PlateC
 // there (alpha 1) to the plate's (alpha 0), with the noise allowances at
 // either end (the grain's, and at the clear end at least `clearLevels`). A plate too weakly coloured, or a subject too close to it,
 // keeps the pixel whole (scale 0).
-inline void matteScale(const SoftTuning& t, const softrows::Matte& m, float sR, float sD, float sO, float subject,
-                       float* low, float* scale)
+inline void matteScale(const SoftTuning& t, const softrows::Matte& m, float grain, float sR, float sD, float sO,
+                       float subject, float* low, float* scale)
 {
     const float plate = sD - softrows::otherTwo(m.cMax, m.cRed, m.cOther, sR, sO);
     const float from = std::min(subject, 0.5f * plate) * t.subjectShare;
     const float gap = plate - from;
     const bool keyable = plate >= t.minPlateDifference && gap >= t.minPlateDifference;
-    const float clear = keyable ? std::min(t.clearAbove, 1.0f - t.clearLevels / gap) : 1.0f;
-    const float span = std::max(clear - t.opaqueBelow, 1e-3f);
-    *low = keyable ? from + t.opaqueBelow * gap : 0.0f;
+    const float opaque = keyable ? std::max(t.opaqueBelow, t.opaqueGrain * grain / gap) : 0.0f;
+    const float clear = keyable ? std::min(t.clearAbove, 1.0f - (t.clearLevels + t.clearGrain * grain) / gap) : 1.0f;
+    const float span = std::max(clear - opaque, 1e-3f);
+    *low = keyable ? from + opaque * gap : 0.0f;
     *scale = keyable ? 1.0f / (span * gap) : 0.0f;
 }
 
@@ -126,11 +129,8 @@ QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options)
     const CleanPlate plate = cleanPlateFor(words, key, t, threads);
     const RowLoop loop = softLoopFor(options.path);
 
-    // The noise allowances, widened by the photo's own grain.
-    const float grain = plate.grainShare();
-    SoftTuning scaled = t;
-    scaled.opaqueBelow = std::max(t.opaqueBelow, t.opaqueGrain * grain);
-    scaled.clearAbove = std::min(t.clearAbove, 1.0f - t.clearGrain * grain);
+    // The noise allowances widen with the photo's own grain.
+    const float grain = plate.grainLevels();
     QImage out(words.size(), QImage::Format_ARGB32);
     if (out.isNull())
         return out;
@@ -150,7 +150,7 @@ QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options)
         for (int y = first; y < end; ++y) {
             plate.row(y, red, dominant, other, subject);
             for (int x = 0; x < width; ++x)
-                matteScale(scaled, matte, red[x], dominant[x], other[x], subject[x], &low[x], &scale[x]);
+                matteScale(t, matte, grain, red[x], dominant[x], other[x], subject[x], &low[x], &scale[x]);
             loop(matte, row, reinterpret_cast<const std::uint32_t*>(in + y * inStride),
                  reinterpret_cast<std::uint32_t*>(outBits + y * outStride), width);
         }

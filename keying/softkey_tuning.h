@@ -18,23 +18,24 @@ struct SoftTuning
     // The "other two" channels of the colour difference: a share `maxShare`
     // of the larger of red and the non-key channel, the rest a mix with
     // `redWeight` of red. The maximum keeps yellow and cyan subjects far from
-    // the backdrop; the mix follows brown and skin mixed into the backdrop
-    // more closely. Half of each measured best.
+    // the backdrop (with the mix alone, yellow on green would lie four
+    // fifths of the way to the backdrop); the mix is linear, so a mix of
+    // subject and backdrop lies in proportion between the two. Half of each
+    // keeps yellow whole at a small cost on the tuning photos.
     float redWeight = 0.5f;
     float maxShare = 0.5f;
     // The pixel's difference as a share of the way from the subject's to
     // the clean plate's: at or below `opaqueBelow` the pixel is all subject
     // (alpha 1), at or above `clearAbove` all backdrop (alpha 0), in between
-    // linear. The gaps widen with the grain measured on the backdrop (its
-    // standard deviation as a share of the plate's difference), by
-    // `opaqueGrain` and `clearGrain` times it, so that grain on clean
-    // backdrop and on the subject does not show as a speckled matte.
+    // linear. The gaps widen with the grain measured on the backdrop (the
+    // standard deviation of its difference, in levels), by `opaqueGrain` and
+    // `clearGrain` times it, and clear backdrop always keeps `clearLevels`
+    // (8-bit rounding of three channels), so that grain on clean backdrop and
+    // on the subject does not show as a speckled matte.
     float opaqueBelow = 0.02f;
     float clearAbove = 0.99f;
-    float opaqueGrain = 2.0f;
+    float opaqueGrain = 4.0f;
     float clearGrain = 3.0f;
-    // However fine the grain, clear backdrop keeps this many levels of
-    // difference below the plate's (8-bit rounding of three channels).
     float clearLevels = 3.0f;
     // Below this alpha the recovered colour leans towards the pixel's own
     // (despilled) colour: a colour divided by a small alpha is mostly grain.
@@ -62,6 +63,11 @@ struct SoftTuning
     // `subjectShare` of it; 0 measures from a difference of 0 everywhere).
     float subjectBelow = 0.02f;
     float subjectShare = 1.0f;
+    // Mixed pixels at the subject's edge can pass for subject: a subject
+    // cell counts this share of the way from its mean difference to its
+    // lowest, and each takes the lowest within `subjectReach` cells.
+    float subjectLowest = 1.0f;
+    float subjectReach = 0.0f;
 };
 
 struct SoftOptions

@@ -39,18 +39,19 @@ inline float lerp(float a, float b, float t)
     return a + (b - a) * t;
 }
 
-// A grid's value at pixel (x, y): between the four nodes around it.
+// A grid's value at pixel (x, y): between the four nodes around it, and
+// beyond the outer nodes on along the line of the last two.
 inline float gridAt(const keying::PlateGrid& grid, int x, int y, int channel)
 {
     const int cell = grid.cell();
     const float gy = (float(y) + 0.5f) / float(cell) - 0.5f;
-    const int top = std::clamp(int(std::floor(gy)), 0, grid.rows() - 1);
+    const int top = std::clamp(int(std::floor(gy)), 0, std::max(0, grid.rows() - 2));
     const int bottom = std::min(top + 1, grid.rows() - 1);
-    const float fy = bottom > top ? std::clamp(gy - float(top), 0.0f, 1.0f) : 0.0f;
+    const float fy = bottom > top ? gy - float(top) : 0.0f;
     const float gx = (float(x) + 0.5f) / float(cell) - 0.5f;
-    const int left = std::clamp(int(std::floor(gx)), 0, grid.columns() - 1);
+    const int left = std::clamp(int(std::floor(gx)), 0, std::max(0, grid.columns() - 2));
     const int right = std::min(left + 1, grid.columns() - 1);
-    const float fx = right > left ? std::clamp(gx - float(left), 0.0f, 1.0f) : 0.0f;
+    const float fx = right > left ? gx - float(left) : 0.0f;
     const float l = lerp(grid.value(left, top, channel), grid.value(left, bottom, channel), fy);
     const float r = lerp(grid.value(right, top, channel), grid.value(right, bottom, channel), fy);
     return l + fx * (r - l);
@@ -71,8 +72,8 @@ inline int byteOf(float v)
 }
 
 // The cut-out word for one photo pixel over the plate colour s, with the
-// subject's difference nearby.
-inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const Channels& s, float subject)
+// subject's difference nearby and the grain the plate measured (levels).
+inline QRgb softPixel(const keying::SoftTuning& t, float grain, bool greenKey, QRgb px, const Channels& s, float subject)
 {
     const float r = float(qRed(px));
     const float k = float(greenKey ? qGreen(px) : qBlue(px));
@@ -85,9 +86,10 @@ inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const
     const float gap = plateDiff - from;
     float matte = 1.0f;
     if (plateDiff >= t.minPlateDifference && gap >= t.minPlateDifference) {
-        const float clear = std::min(t.clearAbove, 1.0f - t.clearLevels / gap);
-        const float span = std::max(clear - t.opaqueBelow, 1e-3f);
-        const float low = from + t.opaqueBelow * gap;
+        const float opaque = std::max(t.opaqueBelow, t.opaqueGrain * grain / gap);
+        const float clear = std::min(t.clearAbove, 1.0f - (t.clearLevels + t.clearGrain * grain) / gap);
+        const float span = std::max(clear - opaque, 1e-3f);
+        const float low = from + opaque * gap;
         const float scale = 1.0f / (span * gap);
         const float diff = k - otherTwo(t.maxShare, t.redWeight, r, o);
         matte = 1.0f - std::min(std::max((diff - low) * scale, 0.0f), 1.0f);
@@ -117,19 +119,16 @@ inline QRgb softPixel(const keying::SoftTuning& t, bool greenKey, QRgb px, const
     return qRgba(byteOf(fr), greenKey ? key : other, greenKey ? other : key, a);
 }
 
-// The whole cut-out against a given plate, with the noise allowances
-// widened by the grain the plate measured.
-inline QImage softCutOut(const QImage& photo, QRgb key, const keying::CleanPlate& plate, keying::SoftTuning t)
+// The whole cut-out against a given plate.
+inline QImage softCutOut(const QImage& photo, QRgb key, const keying::CleanPlate& plate, const keying::SoftTuning& t)
 {
-    t.opaqueBelow = std::max(t.opaqueBelow, t.opaqueGrain * plate.grainShare());
-    t.clearAbove = std::min(t.clearAbove, 1.0f - t.clearGrain * plate.grainShare());
     const bool greenKey = keying::keyColourOf(key).greenKey;
     QImage out(photo.size(), QImage::Format_ARGB32);
     for (int y = 0; y < photo.height(); ++y) {
         for (int x = 0; x < photo.width(); ++x) {
             float subject = 0;
             const Channels s = plateAt(plate, x, y, &subject);
-            out.setPixel(x, y, softPixel(t, greenKey, photo.pixel(x, y), s, subject));
+            out.setPixel(x, y, softPixel(t, plate.grainLevels(), greenKey, photo.pixel(x, y), s, subject));
         }
     }
     return out;
