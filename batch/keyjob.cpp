@@ -22,10 +22,12 @@ namespace {
 QImage keyedImage(const KeySettings& settings, BackgroundFits& fits, QImage photo, QRgb key)
 {
     if (settings.soft) {
-        QImage cut = keying::softCutOut(photo, key);
+        // Handed over, the photo becomes the cut-out or the composite in its
+        // own memory, as the hard key keys in place.
         if (settings.transparent)
-            return cut;
-        return keying::softComposite(cut, fits.fittedTo(photo.size()));
+            return keying::softCutOut(std::move(photo), key);
+        const QImage fitted = fits.fittedTo(photo.size());
+        return keying::softCompositeOf(std::move(photo), key, fitted);
     }
     if (settings.transparent)
         return keying::cutOut(photo, key);

@@ -14,7 +14,8 @@ namespace keying {
 
 namespace {
 
-using RowLoop = void (*)(const softrows::Matte&, const softrows::PlateRow&, const std::uint32_t*, std::uint32_t*, int);
+using RowLoop = void (*)(const softrows::Matte&, const softrows::PlateRow&, const std::uint32_t*, std::uint32_t*, int,
+                         const std::uint32_t*, int);
 
 RowLoop softLoopFor(VectorPath path)
 {
@@ -27,12 +28,15 @@ RowLoop softLoopFor(VectorPath path)
     return &softrows::softRowPortable;
 }
 
+bool isWords(const QImage& image)
+{
+    return image.format() == QImage::Format_ARGB32 || image.format() == QImage::Format_RGB32;
+}
+
 // The photo's pixels as 32-bit words with their alpha in the top byte.
 QImage asWords(const QImage& photo)
 {
-    if (photo.format() == QImage::Format_ARGB32 || photo.format() == QImage::Format_RGB32)
-        return photo;
-    return photo.convertToFormat(QImage::Format_ARGB32);
+    return isWords(photo) ? photo : photo.convertToFormat(QImage::Format_ARGB32);
 }
 
 PlateColour channelsOf(const KeyColour& k)
@@ -54,6 +58,12 @@ softrows::Matte matteFor(const SoftTuning& t, bool greenKey)
     m.sRed = spillMix * t.redWeight;
     m.sOther = spillMix * (1.0f - t.redWeight);
     m.recoverGain = t.recoverFrom > 0 ? 1.0f / t.recoverFrom : 1e6f;
+    m.minPlateDifference = t.minPlateDifference;
+    m.subjectShare = t.subjectShare;
+    m.opaqueBelow = t.opaqueBelow;
+    m.opaqueLevels = 0; // set from the photo's grain
+    m.clearAbove = t.clearAbove;
+    m.clearLevels = t.clearLevels;
     m.dominantShift = greenKey ? 8 : 0;
     m.otherShift = greenKey ? 0 : 8;
     return m;
@@ -81,22 +91,104 @@ SureBackdrop sureFor(const SoftTuning& t, const softrows::Matte& m, const PlateC
     return s;
 }
 
-// Where the matte's scale lies at a pixel: from the subject's difference
-// there (alpha 1) to the plate's (alpha 0), with the noise allowances at
-// either end (the grain's, and at the clear end at least `clearLevels`). A plate too weakly coloured, or a subject too close to it,
-// keeps the pixel whole (scale 0).
-inline void matteScale(const SoftTuning& t, const softrows::Matte& m, float grain, float sR, float sD, float sO,
-                       float subject, float* low, float* scale)
+// One row of a F + (1-a) B: `covered` pixels over the background row `b`,
+// the rest over black.
+void compositeRow(const std::uint32_t* f, const std::uint32_t* b, int covered, std::uint32_t* o, int width)
 {
-    const float plate = sD - softrows::otherTwo(m.cMax, m.cRed, m.cOther, sR, sO);
-    const float from = std::min(subject, 0.5f * plate) * t.subjectShare;
-    const float gap = plate - from;
-    const bool keyable = plate >= t.minPlateDifference && gap >= t.minPlateDifference;
-    const float opaque = keyable ? std::max(t.opaqueBelow, t.opaqueGrain * grain / gap) : 0.0f;
-    const float clear = keyable ? std::min(t.clearAbove, 1.0f - (t.clearLevels + t.clearGrain * grain) / gap) : 1.0f;
-    const float span = std::max(clear - opaque, 1e-3f);
-    *low = keyable ? from + opaque * gap : 0.0f;
-    *scale = keyable ? 1.0f / (span * gap) : 0.0f;
+    // Alpha 255 gives the cut-out's colour and alpha 0 the background,
+    // exactly; only soft pixels need the sums.
+    for (int x = 0; x < covered; ++x) {
+        const std::uint32_t a = f[x] >> 24;
+        o[x] = a == 255u ? f[x] : a == 0u ? b[x] | 0xFF000000u : softrows::compositePixel(f[x], b[x]);
+    }
+    for (int x = covered; x < width; ++x)
+        o[x] = softrows::compositePixel(f[x], 0u);
+}
+
+// a F + (1-a) B of the cut-out `front` (ARGB32) over `background` into
+// `out` (32-bit, the cut-out's size; may be `front` itself).
+void compositeInto(const QImage& front, const QImage& background, QImage& out, int threads)
+{
+    const QImage back = asWords(background);
+    const int width = front.width();
+    const int height = front.height();
+    const int backWidth = back.isNull() ? 0 : std::min(width, back.width());
+    const int backHeight = back.isNull() ? 0 : std::min(height, back.height());
+    uchar* outBits = out.bits();
+    const qsizetype outStride = out.bytesPerLine();
+    const uchar* frontBits = front.constBits();
+    const qsizetype frontStride = front.bytesPerLine();
+    const uchar* backBits = back.isNull() ? nullptr : back.constBits();
+    const qsizetype backStride = back.isNull() ? 0 : back.bytesPerLine();
+    runRowsOnPool(height, rowThreadsFor(qsizetype(width) * height, height, threads), [&](int first, int end) {
+        for (int y = first; y < end; ++y) {
+            const auto* f = reinterpret_cast<const std::uint32_t*>(frontBits + y * frontStride);
+            const auto* b = y < backHeight ? reinterpret_cast<const std::uint32_t*>(backBits + y * backStride) : nullptr;
+            auto* o = reinterpret_cast<std::uint32_t*>(outBits + y * outStride);
+            compositeRow(f, b, b ? backWidth : 0, o, width);
+        }
+    });
+}
+
+// The soft cut-out of `words` (32-bit RGB or ARGB) into `out` (32-bit, of
+// the same size; may be `words` itself); with a `background`, each row of
+// the cut-out is composited on it at once, while the row is still in cache.
+void keyInto(const QImage& words, QImage& out, QRgb key, const SoftOptions& options, const QImage* background = nullptr)
+{
+    const int width = words.width();
+    const int height = words.height();
+    const KeyColour k = keyColourOf(key);
+    if (!k.greenKey && !k.blueKey) {
+        // Nothing is backdrop: the photo, opaque where it was.
+        for (int y = 0; y < height; ++y) {
+            const auto* in = reinterpret_cast<const std::uint32_t*>(words.constScanLine(y));
+            auto* o = reinterpret_cast<std::uint32_t*>(out.scanLine(y));
+            const std::uint32_t fill = words.format() == QImage::Format_RGB32 ? 0xFF000000u : 0u;
+            for (int x = 0; x < width; ++x)
+                o[x] = in[x] | fill;
+        }
+        if (background)
+            compositeInto(out, *background, out, options.threads);
+        return;
+    }
+    const SoftTuning& t = options.tuning;
+    softrows::Matte matte = matteFor(t, k.greenKey);
+    const int threads = rowThreadsFor(qsizetype(width) * height, height, options.threads);
+    const CleanPlate plate = cleanPlateFor(words, key, t, threads);
+    const RowLoop loop = softLoopFor(options.path);
+    // The noise allowances widen with the photo's own grain.
+    matte.opaqueLevels = t.opaqueGrain * plate.grainLevels();
+    matte.clearLevels = t.clearLevels + t.clearGrain * plate.grainLevels();
+    // bits() detaches a shared image once, here, before the pool's threads
+    // touch raw rows.
+    uchar* outBits = out.bits();
+    const qsizetype outStride = out.bytesPerLine();
+    const uchar* in = words.constBits();
+    const qsizetype inStride = words.bytesPerLine();
+    const QImage back = background ? asWords(*background) : QImage();
+    const int backWidth = back.isNull() ? 0 : std::min(width, back.width());
+    const int backHeight = back.isNull() ? 0 : std::min(height, back.height());
+    const std::vector<std::uint32_t> blackRow(background ? std::size_t(width) : 0, 0u);
+    runRowsOnPool(height, threads, [&](int first, int end) {
+        std::vector<float> buffer(std::size_t(width) * 4);
+        float* red = buffer.data();
+        float* dominant = red + width;
+        float* other = dominant + width;
+        float* subject = other + width;
+        const softrows::PlateRow row{red, dominant, other, subject};
+        for (int y = first; y < end; ++y) {
+            plate.row(y, red, dominant, other, subject);
+            auto* o = reinterpret_cast<std::uint32_t*>(outBits + y * outStride);
+            const std::uint32_t* b = nullptr;
+            int covered = 0;
+            if (background) {
+                // Rows the background does not reach are composited on black.
+                b = y < backHeight ? reinterpret_cast<const std::uint32_t*>(back.constScanLine(y)) : blackRow.data();
+                covered = y < backHeight ? backWidth : width;
+            }
+            loop(matte, row, reinterpret_cast<const std::uint32_t*>(in + y * inStride), o, width, b, covered);
+        }
+    });
 }
 
 } // namespace
@@ -112,50 +204,56 @@ QImage softCutOut(const QImage& photo, QRgb key)
     return softCutOut(photo, key, SoftOptions());
 }
 
+QImage softCutOut(QImage&& photo, QRgb key)
+{
+    return softCutOut(std::move(photo), key, SoftOptions());
+}
+
 QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options)
 {
     if (photo.isNull())
         return QImage();
     const QImage words = asWords(photo);
-    const KeyColour k = keyColourOf(key);
-    if (!k.greenKey && !k.blueKey)
-        return words.convertToFormat(QImage::Format_ARGB32);
-
-    const int width = words.width();
-    const int height = words.height();
-    const SoftTuning& t = options.tuning;
-    const softrows::Matte matte = matteFor(t, k.greenKey);
-    const int threads = rowThreadsFor(qsizetype(width) * height, height, options.threads);
-    const CleanPlate plate = cleanPlateFor(words, key, t, threads);
-    const RowLoop loop = softLoopFor(options.path);
-
-    // The noise allowances widen with the photo's own grain.
-    const float grain = plate.grainLevels();
     QImage out(words.size(), QImage::Format_ARGB32);
     if (out.isNull())
         return out;
-    const uchar* in = words.constBits();
-    const qsizetype inStride = words.bytesPerLine();
-    uchar* outBits = out.bits();
-    const qsizetype outStride = out.bytesPerLine();
-    runRowsOnPool(height, threads, [&](int first, int end) {
-        std::vector<float> buffer(std::size_t(width) * 6);
-        float* red = buffer.data();
-        float* dominant = red + width;
-        float* other = dominant + width;
-        float* low = other + width;
-        float* scale = low + width;
-        float* subject = scale + width;
-        const softrows::PlateRow row{red, dominant, other, low, scale};
-        for (int y = first; y < end; ++y) {
-            plate.row(y, red, dominant, other, subject);
-            for (int x = 0; x < width; ++x)
-                matteScale(t, matte, grain, red[x], dominant[x], other[x], subject[x], &low[x], &scale[x]);
-            loop(matte, row, reinterpret_cast<const std::uint32_t*>(in + y * inStride),
-                 reinterpret_cast<std::uint32_t*>(outBits + y * outStride), width);
-        }
-    });
+    keyInto(words, out, key, options);
     return out;
+}
+
+QImage softCutOut(QImage&& photo, QRgb key, const SoftOptions& options)
+{
+    if (!isWords(photo) || !photo.isDetached())
+        return softCutOut(static_cast<const QImage&>(photo), key, options);
+    QImage words = std::move(photo);
+    // Each row is read whole before it is written: keying in place is safe.
+    keyInto(words, words, key, options);
+    words.reinterpretAsFormat(QImage::Format_ARGB32);
+    return words;
+}
+
+QImage softCompositeOf(QImage photo, QRgb key, const QImage& fittedBackground)
+{
+    return softCompositeOf(std::move(photo), key, fittedBackground, SoftOptions());
+}
+
+QImage softCompositeOf(QImage photo, QRgb key, const QImage& fittedBackground, const SoftOptions& options)
+{
+    if (photo.isNull())
+        return QImage();
+    if (!isWords(photo))
+        photo = photo.convertToFormat(QImage::Format_ARGB32);
+    if (!photo.isDetached()) {
+        QImage out(photo.size(), QImage::Format_RGB32);
+        if (out.isNull())
+            return out;
+        keyInto(photo, out, key, options, &fittedBackground);
+        return out;
+    }
+    // Each row is read whole before it is written: keying in place is safe.
+    keyInto(photo, photo, key, options, &fittedBackground);
+    photo.reinterpretAsFormat(QImage::Format_RGB32);
+    return photo;
 }
 
 QImage softComposite(const QImage& cutOut, const QImage& fittedBackground)
@@ -163,43 +261,31 @@ QImage softComposite(const QImage& cutOut, const QImage& fittedBackground)
     return softComposite(cutOut, fittedBackground, 0);
 }
 
+QImage softComposite(QImage&& cutOut, const QImage& fittedBackground)
+{
+    return softComposite(std::move(cutOut), fittedBackground, 0);
+}
+
 QImage softComposite(const QImage& cutOut, const QImage& fittedBackground, int threads)
 {
     if (cutOut.isNull())
         return QImage();
     const QImage front = cutOut.format() == QImage::Format_ARGB32 ? cutOut : cutOut.convertToFormat(QImage::Format_ARGB32);
-    const QImage back = asWords(fittedBackground);
-    const int width = front.width();
-    const int height = front.height();
     QImage out(front.size(), QImage::Format_RGB32);
     if (out.isNull())
         return out;
-    const int backWidth = back.isNull() ? 0 : std::min(width, back.width());
-    const int backHeight = back.isNull() ? 0 : std::min(height, back.height());
-    const uchar* frontBits = front.constBits();
-    const qsizetype frontStride = front.bytesPerLine();
-    const uchar* backBits = back.isNull() ? nullptr : back.constBits();
-    const qsizetype backStride = back.isNull() ? 0 : back.bytesPerLine();
-    uchar* outBits = out.bits();
-    const qsizetype outStride = out.bytesPerLine();
-    runRowsOnPool(height, rowThreadsFor(qsizetype(width) * height, height, threads), [&](int first, int end) {
-        for (int y = first; y < end; ++y) {
-            const auto* f = reinterpret_cast<const std::uint32_t*>(frontBits + y * frontStride);
-            const auto* b = y < backHeight ? reinterpret_cast<const std::uint32_t*>(backBits + y * backStride) : nullptr;
-            auto* o = reinterpret_cast<std::uint32_t*>(outBits + y * outStride);
-            const int covered = b ? backWidth : 0;
-            for (int x = 0; x < width; ++x) {
-                const std::uint32_t fw = f[x];
-                const std::uint32_t bw = x < covered ? b[x] : 0u;
-                const std::uint32_t a = fw >> 24;
-                const std::uint32_t na = 255u - a;
-                const std::uint32_t r = softrows::div255(a * ((fw >> 16) & 255u) + na * ((bw >> 16) & 255u) + 127u);
-                const std::uint32_t g = softrows::div255(a * ((fw >> 8) & 255u) + na * ((bw >> 8) & 255u) + 127u);
-                const std::uint32_t bl = softrows::div255(a * (fw & 255u) + na * (bw & 255u) + 127u);
-                o[x] = 0xFF000000u | r << 16 | g << 8 | bl;
-            }
-        }
-    });
+    compositeInto(front, fittedBackground, out, threads);
+    return out;
+}
+
+QImage softComposite(QImage&& cutOut, const QImage& fittedBackground, int threads)
+{
+    if (cutOut.format() != QImage::Format_ARGB32 || !cutOut.isDetached())
+        return softComposite(static_cast<const QImage&>(cutOut), fittedBackground, threads);
+    QImage out = std::move(cutOut);
+    // Each pixel is read before it is written: compositing in place is safe.
+    compositeInto(out, fittedBackground, out, threads);
+    out.reinterpretAsFormat(QImage::Format_RGB32);
     return out;
 }
 

@@ -79,6 +79,7 @@ struct SoftOptions
 
 // Same as softCutOut(photo, key), with the options given.
 QImage softCutOut(const QImage& photo, QRgb key, const SoftOptions& options);
+QImage softCutOut(QImage&& photo, QRgb key, const SoftOptions& options);
 
 // The clean plate softCutOut keys `words` (32-bit RGB or ARGB) against.
 CleanPlate cleanPlateFor(const QImage& words, QRgb key, const SoftTuning& tuning, int threads);
@@ -86,5 +87,7 @@ CleanPlate cleanPlateFor(const QImage& words, QRgb key, const SoftTuning& tuning
 // Same as softComposite(cutOut, fittedBackground) on `threads` threads (0:
 // as the photo's size asks).
 QImage softComposite(const QImage& cutOut, const QImage& fittedBackground, int threads);
+QImage softComposite(QImage&& cutOut, const QImage& fittedBackground, int threads);
+QImage softCompositeOf(QImage photo, QRgb key, const QImage& fittedBackground, const SoftOptions& options);
 
 } // namespace keying

@@ -312,6 +312,46 @@ private slots:
             qInfo("this processor has no AVX2: the wide path ran the portable loop");
     }
 
+    // The batch tool's one-pass composite, and the cut-out and composite
+    // written into a handed-over image, give the same bytes as the two
+    // steps on copies, on either row loop; a background that ends early
+    // leaves black beyond it in both.
+    void onePassAndInPlaceGiveTheSameBytes_data()
+    {
+        QTest::addColumn<bool>("blue");
+        QTest::addColumn<int>("path");
+        QTest::newRow("green, portable") << false << int(keying::VectorPath::Baseline);
+        QTest::newRow("green, widest") << false << int(keying::VectorPath::Wide);
+        QTest::newRow("blue, portable") << true << int(keying::VectorPath::Baseline);
+        QTest::newRow("blue, widest") << true << int(keying::VectorPath::Wide);
+    }
+    void onePassAndInPlaceGiveTheSameBytes()
+    {
+        QFETCH(bool, blue);
+        QFETCH(int, path);
+        const int w = 203, h = 77;
+        QImage photo = backdrop(blue, true, 5, w, h);
+        for (int y = 20; y < 60; ++y) {
+            for (int x = 50; x < 150; ++x)
+                photo.setPixel(x, y, mixed(qRgb(200, 150, 110), backdropAt(blue, true, x, y, w, h), double(x - 50) / 60.0));
+        }
+        const QRgb key = photo.pixel(0, 0);
+        keying::SoftOptions options;
+        options.path = keying::VectorPath(path);
+        for (const QSize backSize : {QSize(w, h), QSize(w - 13, h - 5)}) {
+            const QImage back = picture(backSize.width(), backSize.height());
+            const QImage cut = keying::softCutOut(photo, key, options);
+            const QImage twoSteps = keying::softComposite(cut, back, 1);
+            QCOMPARE(keying::softCompositeOf(photo, key, back, options), twoSteps);
+            QImage handed = photo.copy();
+            QImage inPlaceCut = keying::softCutOut(std::move(handed), key, options);
+            QCOMPARE(inPlaceCut, cut);
+            QCOMPARE(keying::softComposite(std::move(inPlaceCut), back, 1), twoSteps);
+            QImage handedAgain = photo.copy();
+            QCOMPARE(keying::softCompositeOf(std::move(handedAgain), key, back, options), twoSteps);
+        }
+    }
+
     // The plate follows uneven lighting: under a subject block it is filled
     // from the backdrop around it, and everywhere it lies within a few
     // levels of the true backdrop.
