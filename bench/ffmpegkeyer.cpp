@@ -2,7 +2,7 @@
 #include "bench/qualitykeyers.h"
 
 #include <QDir>
-#include <QFile>
+#include <QElapsedTimer>
 #include <QProcess>
 
 #include <cmath>
@@ -68,7 +68,8 @@ public:
         if (settings.empty())
             return results;
         const QString out = shot.workDir + QLatin1Char('/') + id();
-        QDir().mkpath(out);
+        if (settings.size() == 1)
+            QDir().mkpath(out);
         const auto& k = shot.keyColour;
         const QString colour = QStringLiteral("0x%1%2%3")
                                    .arg(std::lround(k.r * 255), 2, 16, QLatin1Char('0'))
@@ -79,10 +80,12 @@ public:
         QString graph = QStringLiteral("[0:v]split=%1").arg(settings.size());
         for (size_t i = 0; i < settings.size(); ++i)
             graph += QStringLiteral("[i%1]").arg(i);
-        QStringList outputs;
         QStringList args = {QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
-                            QStringLiteral("-nostdin"), QStringLiteral("-y"), QStringLiteral("-i"), shot.photoPath};
-        QStringList maps;
+                            QStringLiteral("-nostdin"), QStringLiteral("-y"),
+                            // The bench runs photos side by side already.
+                            QStringLiteral("-filter_complex_threads"), QStringLiteral("1"),
+                            QStringLiteral("-i"), shot.photoPath};
+        QString stack;
         for (size_t i = 0; i < settings.size(); ++i) {
             const int s = settings[i];
             graph += QStringLiteral(";[i%1]").arg(i);
@@ -96,21 +99,35 @@ public:
                              .arg(green ? QStringLiteral("green") : QStringLiteral("blue"));
             }
             graph += QStringLiteral(",format=rgba[o%1]").arg(i);
-            // A tuning grid's many frames go out as raw RGBA: as lossless as PNG,
-            // without the encoding and decoding that made up most of the run.
-            // A single setting's output is an RGBA PNG, to look at.
-            const QString file = out + (grid ? QStringLiteral("/%1.rgba") : QStringLiteral("/%1.png")).arg(s);
-            outputs << file;
-            maps << QStringLiteral("-map") << QStringLiteral("[o%1]").arg(i) << QStringLiteral("-frames:v")
-                 << QStringLiteral("1");
-            if (grid)
-                maps << QStringLiteral("-f") << QStringLiteral("rawvideo");
-            maps << file;
+            stack += QStringLiteral("[o%1]").arg(i);
         }
-        args << QStringLiteral("-filter_complex") << graph << maps;
+        // A tuning grid's frames come back stacked in one raw RGBA frame on
+        // the pipe: as lossless as PNG, without the encoding, decoding and
+        // files that otherwise made up most of the tuning. A single setting's
+        // output is an RGBA PNG, kept to look at.
+        const QString png = out + QStringLiteral("/%1.png").arg(settings.front());
+        if (grid) {
+            graph += QStringLiteral(";%1vstack=inputs=%2[out]").arg(stack).arg(settings.size());
+            args << QStringLiteral("-filter_complex") << graph << QStringLiteral("-map") << QStringLiteral("[out]")
+                 << QStringLiteral("-frames:v") << QStringLiteral("1") << QStringLiteral("-f") << QStringLiteral("rawvideo")
+                 << QStringLiteral("-pix_fmt") << QStringLiteral("rgba") << QStringLiteral("-");
+        } else {
+            args << QStringLiteral("-filter_complex") << graph << QStringLiteral("-map") << QStringLiteral("[o0]")
+                 << QStringLiteral("-frames:v") << QStringLiteral("1") << png;
+        }
         QProcess p;
         p.start(m_ffmpeg, args);
-        const bool finished = p.waitForFinished(kFfmpegTimeoutMs);
+        p.closeWriteChannel();
+        QByteArray raw;
+        // Read as it comes, so that the pipe never fills while we wait.
+        QElapsedTimer clock;
+        clock.start();
+        while (p.state() != QProcess::NotRunning && clock.elapsed() < kFfmpegTimeoutMs) {
+            p.waitForReadyRead(1000);
+            raw += p.readAllStandardOutput();
+        }
+        const bool finished = p.state() == QProcess::NotRunning || p.waitForFinished(1000);
+        raw += p.readAllStandardOutput();
         if (!finished || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
             if (p.state() != QProcess::NotRunning) {
                 p.kill();
@@ -122,19 +139,19 @@ public:
                 r.error = why;
             return results;
         }
+        const int w = shot.photo.width(), h = shot.photo.height();
+        const qsizetype frame = static_cast<qsizetype>(w) * h * 4;
         for (size_t i = 0; i < settings.size(); ++i) {
-            const QString& file = outputs[static_cast<int>(i)];
             if (grid) {
-                QFile raw(file);
-                if (raw.open(QIODevice::ReadOnly))
-                    results[i].matte = keyedFromRaw(raw.readAll(), shot.photo.width(), shot.photo.height());
-                raw.close();
-                QFile::remove(file);
+                if (raw.size() == frame * static_cast<qsizetype>(settings.size()))
+                    results[i].matte = keyedFromRaw(raw.mid(static_cast<qsizetype>(i) * frame, frame), w, h);
             } else {
-                results[i].matte = groundtruth::keyedFromImage(QImage(file));
+                results[i].matte = groundtruth::keyedFromImage(QImage(png));
             }
             if (results[i].matte.alpha.empty())
-                results[i].error = QStringLiteral("ffmpeg wrote no readable %1").arg(file);
+                results[i].error = grid ? QStringLiteral("ffmpeg gave %1 bytes for %2 frames of %3x%4")
+                                              .arg(raw.size()).arg(settings.size()).arg(w).arg(h)
+                                        : QStringLiteral("ffmpeg wrote no readable %1").arg(png);
         }
         return results;
     }

@@ -291,7 +291,7 @@ int main(int argc, char** argv)
                     continue;
                 const int best = bestSetting(plan.settings[c][k], plan.tallies[c][k]);
                 tuned[{c, k}] = best;
-                std::printf("  %-36s %-24s %s\n", qPrintable(conditionName(conditions[c])), qPrintable(keyers[k]->id()),
+                std::printf("  %-42s %-10s %s\n", qPrintable(conditionName(conditions[c])), qPrintable(keyers[k]->id()),
                             best < 0 ? "(every setting failed)" : qPrintable(keyers[k]->settingLabel(best)));
             }
         }
