@@ -22,6 +22,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QMutex>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThreadPool>
 
@@ -216,7 +217,11 @@ int main(int argc, char** argv)
 
     // The rows, in the tables' order.
     std::vector<std::unique_ptr<Keyer>> all;
+    const QString ffmpeg = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
     all.push_back(toolKeyer(tool, false));
+    all.push_back(ffmpegKeyer(ffmpeg, FfmpegFilter::Colorkey));
+    all.push_back(ffmpegKeyer(ffmpeg, FfmpegFilter::ChromakeyDespill));
+    all.push_back(classicKeyer());
     all.push_back(toolKeyer(tool, true));
     QStringList wanted;
     for (const auto& k : all)
@@ -236,7 +241,8 @@ int main(int argc, char** argv)
     for (const auto& k : all) {
         if (wanted.contains(k->id())) {
             keyers.push_back(k.get());
-            available.push_back(k->id() != QStringLiteral("soft") || softAvailable);
+            const bool ffmpegRow = k->id() == QStringLiteral("colorkey") || k->id() == QStringLiteral("chromakey");
+            available.push_back(k->id() == QStringLiteral("soft") ? softAvailable : !ffmpegRow || !ffmpeg.isEmpty());
         }
     }
 
@@ -262,7 +268,7 @@ int main(int argc, char** argv)
     std::vector<BenchPhoto> tuningPhotos;
     bool anyKnob = false;
     for (size_t k = 0; k < keyers.size(); ++k)
-        anyKnob = anyKnob || keyers[k]->settingCount() > 1;
+        anyKnob = anyKnob || (available[k] && keyers[k]->settingCount() > 1);
     if (tuningOnly || anyKnob) {
         tuningPhotos = benchPhotos(PhotoSet::Tuning, matting);
         std::printf("tuning set: %zu made photos, made in %.1f s\n", tuningPhotos.size(), clock.elapsed() / 1000.0);
@@ -273,7 +279,7 @@ int main(int argc, char** argv)
         Plan plan = emptyPlan(conditions.size(), keyers.size());
         for (size_t c = 0; c < conditions.size(); ++c)
             for (size_t k = 0; k < keyers.size(); ++k)
-                if (keyers[k]->settingCount() > 1)
+                if (available[k] && keyers[k]->settingCount() > 1)
                     for (int s = 0; s < keyers[k]->settingCount(); ++s)
                         plan.settings[c][k].push_back(s);
         sizeTallies(plan);
@@ -281,11 +287,11 @@ int main(int argc, char** argv)
         std::printf("\nTuned on the tuning set (least mean composite MSE), in %.1f s:\n", tuneClock.elapsed() / 1000.0);
         for (size_t c = 0; c < conditions.size(); ++c) {
             for (size_t k = 0; k < keyers.size(); ++k) {
-                if (keyers[k]->settingCount() <= 1)
+                if (!available[k] || keyers[k]->settingCount() <= 1)
                     continue;
                 const int best = bestSetting(plan.settings[c][k], plan.tallies[c][k]);
                 tuned[{c, k}] = best;
-                std::printf("  %-36s %-24s %s\n", qPrintable(conditionName(conditions[c])), qPrintable(keyers[k]->id()),
+                std::printf("  %-42s %-10s %s\n", qPrintable(conditionName(conditions[c])), qPrintable(keyers[k]->id()),
                             best < 0 ? "(every setting failed)" : qPrintable(keyers[k]->settingLabel(best)));
             }
         }
@@ -318,22 +324,24 @@ int main(int argc, char** argv)
     for (size_t c = 0; c < conditions.size(); ++c) {
         std::printf("\n%s: %s, %d photos (%d made, %d real)\n", qPrintable(conditionName(conditions[c])), setName,
                     made + real, made, real);
-        std::printf("  %-40s %10s %10s %10s  %s\n", "keyer", "SAD", "edge MSE", "comp MSE", "photos");
+        std::printf("  %-58s %10s %10s %10s  %s\n", "keyer", "SAD", "edge MSE", "comp MSE", "photos");
         for (size_t k = 0; k < keyers.size(); ++k) {
             QString title = keyers[k]->title();
             if (!available[k]) {
-                std::printf("  %-40s %s\n", qPrintable(title), "not available (the tool has no --soft)");
+                std::printf("  %-58s %s\n", qPrintable(title),
+                            keyers[k]->id() == QStringLiteral("soft") ? "not available (the tool has no --soft)"
+                                                                       : "not available (no ffmpeg on PATH)");
                 continue;
             }
             if (plan.tallies[c][k].empty()) {
-                std::printf("  %-40s %s\n", qPrintable(title), "not tuned (every setting failed)");
+                std::printf("  %-58s %s\n", qPrintable(title), "not tuned (every setting failed)");
                 continue;
             }
             if (keyers[k]->settingCount() > 1)
                 title += QStringLiteral(" [") + keyers[k]->settingLabel(plan.settings[c][k].front()) + QLatin1Char(']');
             const Tally& t = plan.tallies[c][k].front();
             const int n = std::max(1, t.photos);
-            std::printf("  %-40s %10.3f %10.3f %10.3f  %d", qPrintable(title), t.sad / n, t.edge / n, t.composite / n,
+            std::printf("  %-58s %10.3f %10.3f %10.3f  %d", qPrintable(title), t.sad / n, t.edge / n, t.composite / n,
                         t.photos);
             if (t.failures) {
                 std::printf("  (%d failed: %s)", t.failures, qPrintable(t.firstError));

@@ -53,4 +53,16 @@ std::unique_ptr<Keyer> toolKeyer(const QString& tool, bool soft);
 // Whether the tool offers --soft (its help lists it).
 bool toolHasSoftKeyer(const QString& tool);
 
+// FFmpeg's colorkey, and its chromakey followed by despill, run as a process
+// on the photo's PNG with the key colour of the click; tuned over similarity
+// and blend. One process writes every setting asked for at once.
+enum class FfmpegFilter { Colorkey, ChromakeyDespill };
+std::unique_ptr<Keyer> ffmpegKeyer(const QString& ffmpeg, FfmpegFilter filter);
+
+// A classic colour-difference keyer, restated here: alpha from how far the
+// backdrop's own channel stands above the other two, against the backdrop's
+// own difference; colour unmixed from the backdrop and spill-limited. Tuned
+// over where alpha reaches 0 and 1 (its gain and offset).
+std::unique_ptr<Keyer> classicKeyer();
+
 } // namespace quality
