@@ -9,7 +9,9 @@
 #include "keying/softkey.h"
 #include "keying/softkey_tuning.h"
 #include "tests/keying/softoracle.h"
+#include "tests/support/hostilecorpus.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
@@ -398,6 +400,31 @@ private slots:
         const QImage cut = keying::softCutOut(photo, keyOf(false));
         QCOMPARE(cut.pixel(80, 60), QRgb(0));
         QCOMPARE(cut.pixel(81, 60), qRgba(200, 30, 30, 128));
+    }
+
+    // Every image of the hostile corpus that loads (16-bit, grey, CMYK,
+    // paletted, with alpha, 1 x 1, ...) is keyed softly without harm, in
+    // every form, and at its own size.
+    void hostilePhotosAreKeyedSoftly()
+    {
+        QTemporaryDir dir;
+        bool made = false;
+        const QList<testsupport::HostileEntry> corpus = testsupport::makeHostileCorpus(dir.path(), &made);
+        QVERIFY(made);
+        int keyed = 0;
+        for (const testsupport::HostileEntry& e : testsupport::entriesOfKind(corpus, testsupport::HostileKind::Image)) {
+            const QImage photo(e.path);
+            if (photo.isNull())
+                continue; // too large for the reader's limit, as the batch tool also says
+            const QImage back = picture(photo.width(), photo.height());
+            for (const QRgb key : {keyOf(false), keyOf(true), photo.pixel(0, 0)}) {
+                const QImage cut = keying::softCutOut(photo, key);
+                QCOMPARE(cut.size(), photo.size());
+                QCOMPARE(keying::softCompositeOf(photo, key, back), keying::softComposite(cut, back));
+            }
+            ++keyed;
+        }
+        QVERIFY(keyed >= 5);
     }
 
     void oddSizesAndFormats()
