@@ -170,7 +170,9 @@ void keyInto(const QImage& words, QImage& out, QRgb key, const SoftOptions& opti
     const int backHeight = back.isNull() ? 0 : std::min(height, back.height());
     const std::vector<std::uint32_t> blackRow(background ? std::size_t(width) : 0, 0u);
     runRowsOnPool(height, threads, [&](int first, int end) {
-        std::vector<float> buffer(std::size_t(width) * 4);
+        // Kept by each thread from run to run and photo to photo.
+        thread_local std::vector<float> buffer;
+        buffer.resize(std::size_t(width) * 4);
         float* red = buffer.data();
         float* dominant = red + width;
         float* other = dominant + width;
