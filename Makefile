@@ -74,10 +74,12 @@ package-test: package-build
 bench: deps
 	cmake -S . -B $(BENCH_BUILD) -G "$(GENERATOR)" -DCMAKE_BUILD_TYPE=Release \
 	  -DPLENDRA_BUILD_BENCH=ON -DPLENDRA_BUILD_TESTS=OFF -DPLENDRA_WERROR=$(WERROR) >/dev/null
-	cmake --build $(BENCH_BUILD) -j $(JOBS) --target plendra_bench plendra-batch plendra_batch_floor plendra_hotfolder_latency
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target plendra_bench plendra-batch plendra_batch_floor plendra_hotfolder_latency \
+	  plendra_quality_bench
 	QT_QPA_PLATFORM=offscreen $(BENCH_BUILD)/bench/plendra_bench
 	./bench/batch_bench.sh $(BENCH_BUILD)
 	./bench/hotfolder_bench.sh $(BENCH_BUILD)
+	$(BENCH_BUILD)/bench/plendra_quality_bench
 
 
 # Every test, built with AddressSanitizer and UndefinedBehaviorSanitizer

@@ -55,6 +55,7 @@ KeySettings keySettingsFor(const BatchOptions& o)
     s.format = o.format;
     s.quality = o.quality;
     s.transparent = o.transparent;
+    s.soft = o.soft;
     s.measureShare = o.json;
     return s;
 }

@@ -93,6 +93,7 @@ QString readOptions(const QCommandLineParser& p, BatchOptions& o)
     o.backgrounds = p.values(QStringLiteral("background"));
     o.outputFolder = p.value(QStringLiteral("output"));
     o.transparent = p.isSet(QStringLiteral("transparent"));
+    o.soft = p.isSet(QStringLiteral("soft"));
     o.watch = p.isSet(QStringLiteral("watch"));
     o.json = p.isSet(QStringLiteral("json"));
     o.poll = p.isSet(QStringLiteral("poll"));

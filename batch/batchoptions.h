@@ -28,6 +28,7 @@ struct BatchOptions
     QByteArray format;              // "jpg", "png", "tif", "bmp"; empty: the photo's own suffix
     int quality = -1;               // -1: the writer's default, as the window writes
     bool transparent = false;
+    bool soft = false;              // the soft keyer (soft edges, colour recovered)
     bool watch = false;
     int jobs = 0;                   // 0: one per core
     int shard = 1;                  // take share `shard` of `shards`

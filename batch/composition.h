@@ -6,7 +6,9 @@
 // background the photo is keyed straight onto it, in place, as the window
 // keys; with several, which of its pixels the key takes is worked out once,
 // and each composite is the photo with that background stored there, byte
-// for byte the composite keying it onto that background alone gives.
+// for byte the composite keying it onto that background alone gives. Keyed
+// softly, the photo becomes one soft cut-out (alpha and recovered colour),
+// laid on each background; with one background in a single pass.
 
 #include "keying/backdropmask.h"
 
@@ -18,8 +20,9 @@ namespace batch {
 class KeyedPhoto
 {
 public:
-    // `backgrounds`: how many composites will be made of it.
-    KeyedPhoto(QImage photo, QRgb key, int backgrounds);
+    // `backgrounds`: how many composites will be made of it; `soft`: the soft
+    // keyer instead of the window's hard key.
+    KeyedPhoto(QImage photo, QRgb key, int backgrounds, bool soft = false);
 
     // The composite on `fittedBackground` (of the photo's size), in the form
     // the window saves it, made in `buffer`'s memory when it fits. Made for
@@ -33,10 +36,11 @@ public:
     QImage takePhoto() { return std::move(m_photo); }
 
 private:
-    QImage m_photo;
-    keying::BackdropMask m_mask; // empty when keyed in place
+    QImage m_photo;              // with several backgrounds and `soft`, the soft cut-out
+    keying::BackdropMask m_mask; // empty when keyed in place or softly
     QRgb m_key;
     bool m_inPlace;
+    bool m_soft;
 };
 
 } // namespace batch

@@ -7,6 +7,7 @@
 #include "keying/cutout.h"
 #include "keying/finishing.h"
 #include "keying/pipeline.h"
+#include "keying/softkey.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -180,12 +181,14 @@ PhotoResult keyPhoto(const KeySettings& settings, Layers& layers, const PhotoFil
 
     std::vector<Written> written;
     if (settings.transparent) {
-        written.push_back(write(finished(keying::cutOut(photo, *key), settings, layers), settings, r.output));
+        // The soft cut-out is made in the photo's own memory.
+        QImage cut = settings.soft ? keying::softCutOut(std::move(photo), *key) : keying::cutOut(photo, *key);
+        written.push_back(write(finished(std::move(cut), settings, layers), settings, r.output));
     } else {
         const QSize photoSize = photo.size();
         // The photo is handed over, not copied: with one background keying
         // changes it in place.
-        KeyedPhoto keyed(std::move(photo), *key, int(outputPaths.size()));
+        KeyedPhoto keyed(std::move(photo), *key, int(outputPaths.size()), settings.soft);
         written = composeAll(keyed, settings, layers, photoSize, outputPaths);
         if (written.back().image.isNull())
             written.back().image = keyed.takePhoto();

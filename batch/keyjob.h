@@ -29,6 +29,7 @@ struct KeySettings
     int quality = -1;               // JPEG quality; -1 the writer's default
     bool transparent = false;       // a cut-out instead of a composite
     QSize printSize;                // invalid: the photo's own size
+    bool soft = false;              // the soft keyer instead of the window's hard key
     bool measureShare = false;      // work out the replaced share (an extra pass)
 };
 

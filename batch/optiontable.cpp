@@ -96,6 +96,13 @@ const QList<OptionEntry>& optionTable()
               "scale each composite smoothly to cover WxH pixels and cut it to that size in its middle (default: the photo's own size)",
               "A 3:2 shot fills a 6x4 print at 1800x1200 without bars; a portrait shot into a landscape size "
               "keeps its middle band."),
+        entry({"soft"}, {},
+              "key softly: soft edges for hair, fur and glass, backdrop colour and spill taken out",
+              "Each pixel gets an alpha from how far its colour lies from the backdrop at its place "
+              "(the backdrop's colour is estimated across the photo, so uneven lighting is followed), "
+              "and the subject's own colour is recovered where the backdrop shows through. "
+              "With --transparent the PNG holds straight (not premultiplied) alpha. "
+              "Without --soft the output is the window's hard key, byte for byte."),
         entry({"w", "watch"}, {},
               "after the photos given, keep keying every new photo that arrives in the FOLDERs",
               "A photo is keyed as soon as it is closed after writing (or moved in) and whole; "

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "keying/backdropmask.h"
 
+#include "keying/imagedetails.h"
 #include "keying/keymask.h"
 #include "keying/keymask_tuning.h"
 
-#include <QColorSpace>
 #include <QSemaphore>
 #include <QThreadPool>
 
@@ -131,14 +131,7 @@ QImage compositeWithMask(const QImage& photo, const BackdropMask& mask, const QI
     }
     if (into.isNull())
         return into;
-    into.setDotsPerMeterX(photo.dotsPerMeterX());
-    into.setDotsPerMeterY(photo.dotsPerMeterY());
-    into.setOffset(photo.offset());
-    into.setDevicePixelRatio(photo.devicePixelRatio());
-    if (into.colorSpace() != photo.colorSpace())
-        into.setColorSpace(photo.colorSpace());
-    for (const QString& key : photo.textKeys())
-        into.setText(key, photo.text(key));
+    carryDetails(photo, into);
     // The key mask's row path stores the background's word, opaque when
     // either image has no alpha channel.
     const QRgb fill = (photo.format() == QImage::Format_RGB32 || bkg.format() == QImage::Format_RGB32) ? 0xFF000000u : 0u;

@@ -164,6 +164,11 @@ private slots:
             << QStringList{QStringLiteral("--size"), QStringLiteral("120x180"), QStringLiteral("--overlay"),
                            QStringLiteral("FRAME"), QStringLiteral("-q"), QStringLiteral("80")};
         QTest::newRow("colour, png in, jpg out") << colour << "png" << QStringList{QStringLiteral("-f"), QStringLiteral("jpg")};
+        // Keyed softly: one soft cut-out laid on each background.
+        QTest::newRow("soft, click, png") << click << "png" << QStringList{QStringLiteral("--soft")};
+        QTest::newRow("soft, auto, jpg, size and overlay") << found << "jpg"
+            << QStringList{QStringLiteral("--soft"), QStringLiteral("--size"), QStringLiteral("300x200"),
+                           QStringLiteral("--overlay"), QStringLiteral("FRAME")};
     }
 
     void severalBackgroundsEqualSingleRuns()

@@ -5,6 +5,7 @@
 #include "keying/atomicfile.h"
 #include "keying/cutout.h"
 #include "keying/pipeline.h"
+#include "keying/softkey.h"
 #include "tests/batch/batchtooltest.h"
 #include "tests/support/hostilecorpus.h"
 #include "tests/support/smalldisk.h"
@@ -72,8 +73,16 @@ private:
 private slots:
     // Every hostile file is named with its reason; every readable photo is
     // still keyed; nothing read is changed; nothing but whole images written.
+    // The soft keyer meets the same files with the same outcomes.
+    void hostileFolderIsKeyedAroundItsBadPhotos_data()
+    {
+        QTest::addColumn<QStringList>("keyer");
+        QTest::newRow("hard key") << QStringList();
+        QTest::newRow("soft key") << QStringList{QStringLiteral("--soft")};
+    }
     void hostileFolderIsKeyedAroundItsBadPhotos()
     {
+        QFETCH(QStringList, keyer);
         const QString in = folder(QStringLiteral("hostile"));
         const QString out = folder(QStringLiteral("out"));
         bool made = false;
@@ -82,7 +91,7 @@ private slots:
         QVERIFY(shot(in + QStringLiteral("/good.jpg")));
         const auto before = testsupport::snapshotTree(in);
 
-        const ToolRun run = runTool(keyArgs(out) << in);
+        const ToolRun run = runTool(keyArgs(out) + keyer << in);
         QVERIFY(!run.crashed);
         QVERIFY(!run.sanitizerReported());
         QCOMPARE(run.exitCode, 1);
@@ -299,6 +308,67 @@ private slots:
         QCOMPARE(o.value(QStringLiteral("replacedShare")).toDouble(), keying::backdropShare(source, source.pixel(5, 5)));
         QVERIFY(o.value(QStringLiteral("ms")).isDouble());
         QVERIFY(o.value(QStringLiteral("error")).isNull());
+    }
+
+    // --soft: the composite is the soft keyer's over the fitted background,
+    // and with --transparent the PNG holds its straight (not premultiplied)
+    // cut-out, soft alpha and recovered colour, byte for byte.
+    void softCompositeAndStraightCutOut()
+    {
+        const QString in = folder(QStringLiteral("in"));
+        const QString out = folder(QStringLiteral("soft"));
+        const QString cutFolder = folder(QStringLiteral("softcut"));
+        const QString photo = in + QStringLiteral("/shot.jpg");
+        QVERIFY(shot(photo, 200, 150, 9));
+        const QImage source = keying::photoAsKeyed(photo, 0);
+        const QRgb key = source.pixel(5, 5);
+
+        const ToolRun run = runTool(keyArgs(out) << QStringLiteral("--soft") << QStringLiteral("-f") << QStringLiteral("png") << photo);
+        QCOMPARE(run.exitCode, 0);
+        const QImage expected = keying::softComposite(keying::softCutOut(source, key),
+                                                      keying::fittedBackground(QImage(m_background), source.size()));
+        const QImage written(out + QStringLiteral("/shot.png"));
+        QCOMPARE(written.convertToFormat(QImage::Format_RGB32), expected);
+        // Not the hard key's composite.
+        const QImage hard = keying::compositeWithKey(source, keying::fittedBackground(QImage(m_background), source.size()), key);
+        QVERIFY(written.convertToFormat(QImage::Format_RGB32) != hard.convertToFormat(QImage::Format_RGB32));
+
+        const ToolRun cutRun = runTool({QStringLiteral("--transparent"), QStringLiteral("--soft"), QStringLiteral("-k"), kKey,
+                                        QStringLiteral("-o"), cutFolder, photo});
+        QCOMPARE(cutRun.exitCode, 0);
+        const QImage cut(cutFolder + QStringLiteral("/shot.png"));
+        QVERIFY(cut.hasAlphaChannel());
+        // Qt reads a PNG with alpha as straight ARGB32: what was written.
+        QCOMPARE(cut.format(), QImage::Format_ARGB32);
+        const QImage softCut = keying::softCutOut(source, key);
+        QCOMPARE(cut, softCut);
+        // Soft pixels whose colour is their own, not scaled down by alpha.
+        int soft = 0;
+        for (int y = 0; y < cut.height(); ++y) {
+            for (int x = 0; x < cut.width(); ++x) {
+                const QRgb c = cut.pixel(x, y);
+                if (qAlpha(c) > 0 && qAlpha(c) < 255)
+                    ++soft;
+            }
+        }
+        QVERIFY(soft > 0);
+        QCOMPARE(qAlpha(cut.pixel(5, 5)), 0);
+        QCOMPARE(qAlpha(cut.pixel(100, 110)), 255);
+        QCOMPARE(cut.pixel(100, 110) & 0xFFFFFFu, source.pixel(100, 110) & 0xFFFFFFu);
+    }
+
+    // A photo that is all backdrop comes out as the background, soft or not.
+    void softKeyOfBackdropOnlyIsTheBackground()
+    {
+        const QString in = folder(QStringLiteral("plain"));
+        const QString out = folder(QStringLiteral("plainout"));
+        QImage plain(120, 90, QImage::Format_RGB32);
+        plain.fill(qRgb(40, 180, 60));
+        QVERIFY(plain.save(in + QStringLiteral("/plain.png")));
+        const ToolRun run = runTool(keyArgs(out) << QStringLiteral("--soft") << in);
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(QImage(out + QStringLiteral("/plain.png")).convertToFormat(QImage::Format_RGB32),
+                 keying::fittedBackground(QImage(m_background), plain.size()).convertToFormat(QImage::Format_RGB32));
     }
 
     void sharesSplitAFolderAcrossRuns()

@@ -5,6 +5,8 @@
 // written slowly is keyed once when whole, temporary names are never keyed,
 // an idle watch does not wake up, names that are not UTF-8 are named once,
 // and two shares never key the same photo.
+#include "keying/pipeline.h"
+#include "keying/softkey.h"
 #include "tests/batch/batchtooltest.h"
 #include "tests/batch/watchtest.h"
 #include "tests/support/testsupport.h"
@@ -58,6 +60,25 @@ private slots:
         QVERIFY(writeAll(photo, jpegBytes(320, 240, 21)));
         QVERIFY2(watch.waitForLine(QStringLiteral("keyed ") + photo, 30000), qPrintable(watch.errors()));
         QCOMPARE(QImage(out + QStringLiteral("/guest.jpg")), m_setup.expectedComposite(photo));
+        QCOMPARE(watch.stop(SIGINT), 0);
+    }
+
+    // A watch with --soft keys each new photo softly: the composite is the
+    // soft keyer's, not the window's.
+    void softWatchKeysNewPhotosSoftly()
+    {
+        const QString in = m_setup.folder(QStringLiteral("in"));
+        const QString out = m_setup.folder(QStringLiteral("out"));
+        RunningTool watch(m_setup.watchArgs(in, out, {QStringLiteral("--soft"), QStringLiteral("-f"), QStringLiteral("png")}));
+        QVERIFY(watch.started());
+        QThread::msleep(300); // the watch is listening
+        const QString photo = in + QStringLiteral("/soft.jpg");
+        QVERIFY(writeAll(photo, jpegBytes(320, 240, 23)));
+        QVERIFY2(watch.waitForLine(QStringLiteral("keyed ") + photo, 30000), qPrintable(watch.errors()));
+        const QImage p = keying::photoAsKeyed(photo, 0);
+        const QImage expected = keying::softComposite(keying::softCutOut(p, keying::keyColourAt(p, QPoint(4, 4))),
+                                                      keying::fittedBackground(QImage(m_setup.background()), p.size()));
+        QCOMPARE(QImage(out + QStringLiteral("/soft.png")).convertToFormat(QImage::Format_RGB32), expected);
         QCOMPARE(watch.stop(SIGINT), 0);
     }
 
