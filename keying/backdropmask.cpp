@@ -3,16 +3,11 @@
 
 #include "keying/imagedetails.h"
 #include "keying/keymask.h"
-#include "keying/keymask_tuning.h"
-
-#include <QSemaphore>
-#include <QThreadPool>
+#include "keying/rowpool.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <functional>
-#include <memory>
 
 namespace keying {
 
@@ -23,38 +18,11 @@ bool plain32(QImage::Format f)
     return f == QImage::Format_RGB32 || f == QImage::Format_ARGB32;
 }
 
-// Runs `rows(first, end)` over every row of a `height`-row image in short
-// runs handed out from a shared counter, on this thread and on the pool's
-// threads that are free at once (none when the pool is busy).
+// The key's rows over Qt's pool, as the soft keyer's passes go: every core
+// for a large photo, this thread alone for a small one.
 void forRowsOnPool(int height, qsizetype pixels, const std::function<void(int, int)>& rows)
 {
-    const int threads = pixels >= kParallelKeyingPixels ? QThreadPool::globalInstance()->maxThreadCount() : 1;
-    if (threads <= 1 || height < 2) {
-        rows(0, height);
-        return;
-    }
-    const int run = std::clamp(height / (threads * 16), 1, 64);
-    std::atomic<int> next{0};
-    auto work = [&] {
-        for (;;) {
-            const int first = next.fetch_add(run, std::memory_order_relaxed);
-            if (first >= height)
-                return;
-            rows(first, std::min(first + run, height));
-        }
-    };
-    const auto finished = std::make_shared<QSemaphore>();
-    int helpers = 0;
-    for (int i = 1; i < threads; ++i) {
-        if (!QThreadPool::globalInstance()->tryStart([&work, finished] {
-                work();
-                finished->release();
-            }))
-            break;
-        ++helpers;
-    }
-    work();
-    finished->acquire(helpers);
+    runRowsOnPool(height, rowThreadsFor(pixels, height, 0), rows);
 }
 
 } // namespace

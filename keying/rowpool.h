@@ -2,8 +2,9 @@
 #pragma once
 
 // Rows of an image worked on over Qt's shared pool: the soft keyer's passes
-// (its clean plate, its matte and its composite) hand their rows out through
-// it. QtGui-free; safe on any thread.
+// (its clean plate, its matte and its composite) and the several-background
+// mask and composites hand their rows out through it. QtGui-free; safe on any
+// thread.
 
 #include <QtGlobal>
 
