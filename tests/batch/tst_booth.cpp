@@ -70,9 +70,9 @@ private:
     QString boothFolder(const QString& name, const QString& suffix)
     {
         const QString in = folder(name);
-        boothscenes::SceneSpec green;
+        boothscenes::SceneRecipe green;
         green.seed = 41;
-        boothscenes::SceneSpec blue;
+        boothscenes::SceneRecipe blue;
         blue.blue = true;
         blue.placement = boothscenes::Placement::Side;
         blue.width = 320;
@@ -326,7 +326,7 @@ private slots:
             batchtest::RunningTool watch(args);
             QVERIFY(watch.started());
             QThread::msleep(300);
-            QVERIFY(testsupport::writeImage(boothscenes::makeScene(boothscenes::SceneSpec()).photo, in + QStringLiteral("/guest.jpg")));
+            QVERIFY(testsupport::writeImage(boothscenes::makeScene(boothscenes::SceneRecipe()).photo, in + QStringLiteral("/guest.jpg")));
             QVERIFY2(watch.waitForError(QStringLiteral("trying again"), 30000), qPrintable(watch.errors()));
             QVERIFY(QFile::exists(out + QStringLiteral("/guest_beach.jpg")));
             QCOMPARE(watch.count(QStringLiteral("keyed ") + in), 0);

@@ -22,15 +22,15 @@ int main(int argc, char** argv)
     QElapsedTimer clock;
     qint64 estimateNs = 0;
     for (int i = 0; i < count; ++i) {
-        const boothscenes::SceneSpec spec = boothscenes::randomSpec(first + quint32(i));
-        const boothscenes::Scene scene = boothscenes::makeScene(spec);
+        const boothscenes::SceneRecipe recipe = boothscenes::randomRecipe(first + quint32(i));
+        const boothscenes::Scene scene = boothscenes::makeScene(recipe);
         clock.start();
         const keying::BackdropEstimate found = keying::estimateBackdrop(scene.photo);
         estimateNs += clock.nsecsElapsed();
         if (!found.found) {
             ++misses;
-            std::printf("miss: seed %u (%s, %s, %s)\n", first + quint32(i), qPrintable(boothscenes::placementName(spec.placement)),
-                        spec.blue ? "blue" : "green", spec.dark ? "dark" : "bright");
+            std::printf("miss: seed %u (%s, %s, %s)\n", first + quint32(i), qPrintable(boothscenes::placementName(recipe.placement)),
+                        recipe.blue ? "blue" : "green", recipe.dark ? "dark" : "bright");
             continue;
         }
         const QRgb click = keying::keyColourAt(scene.photo, scene.click);
@@ -40,8 +40,8 @@ int main(int argc, char** argv)
         if (alike < 0.99) {
             ++belowAlike;
             std::printf("below 99 %%: seed %u (%s, %s, %s, falloff %.2f, grain %.1f, %dx%d) alike %.4f, auto #%06X, click #%06X\n",
-                        first + quint32(i), qPrintable(boothscenes::placementName(spec.placement)), spec.blue ? "blue" : "green",
-                        spec.dark ? "dark" : "bright", spec.falloff, spec.noise, spec.width, spec.height, alike,
+                        first + quint32(i), qPrintable(boothscenes::placementName(recipe.placement)), recipe.blue ? "blue" : "green",
+                        recipe.dark ? "dark" : "bright", recipe.falloff, recipe.noise, recipe.width, recipe.height, alike,
                         unsigned(found.colour & 0xFFFFFF), unsigned(click & 0xFFFFFF));
         }
         if (boothscenes::truthMismatch(scene.photo, found.colour, scene.truth)

@@ -38,7 +38,7 @@ QColor pickClothes(QRandomGenerator& rng)
 
 // The subject's outline for a placement: a head and shoulders that reach the
 // bottom edge, as a booth frames a guest.
-QPainterPath subjectPath(const SceneSpec& s, QRandomGenerator& rng, QPainterPath* head)
+QPainterPath subjectPath(const SceneRecipe& s, QRandomGenerator& rng, QPainterPath* head)
 {
     const double w = s.width, h = s.height;
     const double jitter = 0.9 + 0.2 * rng.generateDouble();
@@ -79,7 +79,7 @@ QString placementName(Placement p)
     return QString();
 }
 
-Scene makeScene(const SceneSpec& s)
+Scene makeScene(const SceneRecipe& s)
 {
     QRandomGenerator rng(s.seed);
     // The backdrop colour, varied a little per seed.
@@ -182,10 +182,10 @@ Scene makeScene(const SceneSpec& s)
     return scene;
 }
 
-SceneSpec randomSpec(quint32 seed)
+SceneRecipe randomRecipe(quint32 seed)
 {
     QRandomGenerator rng(seed * 2654435761u + 17u);
-    SceneSpec s;
+    SceneRecipe s;
     s.placement = Placement(rng.bounded(4));
     s.blue = rng.bounded(2) == 1;
     s.dark = rng.bounded(2) == 1;

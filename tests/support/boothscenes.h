@@ -16,7 +16,7 @@ namespace boothscenes {
 
 enum class Placement { Middle, Side, Corner, Fills80 };
 
-struct SceneSpec
+struct SceneRecipe
 {
     Placement placement = Placement::Middle;
     bool blue = false;
@@ -35,11 +35,11 @@ struct Scene
     QPoint click;  // a backdrop pixel away from the subject, of middling light
 };
 
-Scene makeScene(const SceneSpec& spec);
+Scene makeScene(const SceneRecipe& recipe);
 
 // A scene whose every choice (placement, colour, light, falloff, grain, size
 // and shape) is drawn from `seed`: for sweeps over many photos.
-SceneSpec randomSpec(quint32 seed);
+SceneRecipe randomRecipe(quint32 seed);
 
 enum class NoBackdrop {
     Indoor,     // a room, a person in a green shirt that reaches the bottom edge
