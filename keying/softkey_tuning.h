@@ -45,7 +45,10 @@ struct SoftTuning
     float clearLevels = 1.5f;
     // Below this alpha the recovered colour leans towards the pixel's own
     // (despilled) colour: a colour divided by a small alpha is mostly grain.
-    float recoverFrom = 0.15f;
+    // Above about a twelfth the recovered colour is the better guess: from
+    // 0.15 down to 0.08 the composite error fell on every tuning condition,
+    // lower still gained little more.
+    float recoverFrom = 0.08f;
     // A plate whose own difference is below this (in channel levels) is not
     // a backdrop colour; pixels there are kept whole.
     float minPlateDifference = 24.0f;
